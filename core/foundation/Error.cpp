@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/foundation/Error.h"
+
+#include <system_error>
+
+namespace vantiro {
+
+QString errorText(const Error& error)
+{
+    if (const auto* capture = std::get_if<CaptureError>(&error)) {
+        return capture->description;
+    }
+    return std::get<SystemError>(error).text;
+}
+
+Error errnoError(const QString& what, int number)
+{
+    return SystemError{QStringLiteral("errno"), number, what + QStringLiteral(": ") + errnoText(number)};
+}
+
+QString errnoText(int number)
+{
+    // strerror() may share one buffer between threads; the category's message does not.
+    return QString::fromStdString(std::generic_category().message(number));
+}
+
+}  // namespace vantiro
