@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/platform/AudioPlatform.h"
+
+#include <memory>
+
+namespace vantiro {
+
+/// All that core asks of the system around it, made once in main() and handed down.
+struct Platform {
+    std::unique_ptr<AudioPlatform> audio;
+};
+
+}  // namespace vantiro

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/recorder/VantiroPaths.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+
+namespace vantiro::VantiroPaths {
+
+namespace {
+
+    QString dataHome()
+    {
+        // Relative paths in these variables are to be ignored: they would lead each process elsewhere.
+        const QString named = QFile::decodeName(qgetenv("XDG_DATA_HOME"));
+        return QDir::isAbsolutePath(named) ? QDir::cleanPath(named)
+                                           : QDir::homePath() + QStringLiteral("/.local/share");
+    }
+
+    QString inSupport(const QString& name)
+    {
+        return support() + u'/' + name;
+    }
+
+}  // namespace
+
+QString takes()
+{
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::MusicLocation)).filePath(QStringLiteral("Vantiro"));
+}
+
+QString support()
+{
+    return QDir(dataHome()).filePath(QStringLiteral("Vantiro"));
+}
+
+QString stateFile()
+{
+    return inSupport(QStringLiteral("recorder.json"));
+}
+
+QString lockFile()
+{
+    return inSupport(QStringLiteral("recorder.lock"));
+}
+
+QString recorderLog()
+{
+    return inSupport(QStringLiteral("recorder.log"));
+}
+
+QString lastTakeFile()
+{
+    return inSupport(QStringLiteral("last-take.json"));
+}
+
+QString djAppsFile()
+{
+    return inSupport(QStringLiteral("dj-apps.json"));
+}
+
+QString newTakeName(TakeFormat format, const QDateTime& now)
+{
+    // asprintf() writes plain digits; a locale's own digits or calendar have no place in a file name.
+    const QDateTime local = now.toLocalTime();
+    const QDate date = local.date();
+    const QTime time = local.time();
+    return QString::asprintf("mix-%d-%02d-%02d_%02d-%02d-%02d.", date.year(), date.month(), date.day(), time.hour(),
+               time.minute(), time.second())
+        + rawValue(format);
+}
+
+QString newTakeURL(TakeFormat format, const QDateTime& now)
+{
+    return QDir(takes()).filePath(newTakeName(format, now));
+}
+
+}  // namespace vantiro::VantiroPaths
