@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/DesktopPlatform.h"
+
+#include "platform/pipewire/PipeWireAudio.h"
+
+namespace vantiro {
+
+Platform makeDesktopPlatform()
+{
+    return {.audio = std::make_unique<PipeWireAudio>()};
+}
+
+}  // namespace vantiro

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/sources/AudioDevice.h"
+#include "platform/pipewire/GraphSnapshot.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <vector>
+
+namespace vantiro::DeviceList {
+
+/// A device and the node that it is.
+struct Entry {
+    AudioDevice device;
+    std::uint64_t serial = 0;
+};
+
+/// The audio devices of a graph, in the order in which they appeared: sources have no outputs, sinks no inputs, duplex
+/// nodes both. The UID is the node's name, with `#2`, `#3` for further nodes of one name. Any thread.
+[[nodiscard]] std::vector<Entry> entries(const GraphSnapshot& graph);
+
+/// A text of a stranger made fit to be shown and written: valid, without control characters, at most 200 characters.
+[[nodiscard]] QString cleanText(const QString& text);
+
+/// A node's name as the text of a UID: `|`, `%`, control characters and the colon of a leading "app:" as %XX, so that
+/// it never collides with an application's descriptor.
+[[nodiscard]] QString uidFromName(const QString& name);
+
+}  // namespace vantiro::DeviceList

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/platform/AudioPlatform.h"
+
+#include <memory>
+
+namespace vantiro {
+
+class GraphMirror;
+
+/// The machine's audio by way of PipeWire.
+class PipeWireAudio final : public AudioPlatform {
+public:
+    PipeWireAudio();
+    ~PipeWireAudio() override;
+
+    [[nodiscard]] bool isAvailable() override;
+    [[nodiscard]] std::vector<AudioDevice> devices() override;
+    [[nodiscard]] std::optional<AudioDevice> device(const QString& uid) override;
+    [[nodiscard]] std::optional<QString> defaultInputUID() override;
+    [[nodiscard]] std::vector<std::int64_t> inputBuffers(const QString& uid) override;
+    [[nodiscard]] std::expected<std::unique_ptr<CaptureStream>, int> openCapture(
+        const QString& uid, std::span<const std::int64_t> channels, CapturePurpose purpose) override;
+    [[nodiscard]] std::unique_ptr<HardwareWatch> watch(std::function<void()> onChange) override;
+
+private:
+    std::shared_ptr<GraphMirror> m_mirror;
+};
+
+}  // namespace vantiro
