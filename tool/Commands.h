@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QStringList>
+
+namespace vantiro {
+
+// Each command takes the words behind its name and returns the program's exit code.
+
+/// Records a take, detached for the window or in the foreground.
+int recordCommand(const QStringList& words);
+/// Shows the running take.
+int statusCommand(const QStringList& words);
+/// Ends the running take and shows its account.
+int stopCommand(const QStringList& words);
+/// Lists what can be recorded from.
+int sourcesCommand(const QStringList& words);
+/// Records a take from a virtual rig on a private graph.
+int demoCommand(const QStringList& words);
+
+}  // namespace vantiro

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tool/Terminal.h"
+
+#include <QLocale>
+
+#include <cstdio>
+
+#include <unistd.h>
+
+namespace vantiro::Terminal {
+
+void print(const QString& line)
+{
+    std::fputs((line + u'\n').toUtf8().constData(), stdout);
+    std::fflush(stdout);
+}
+
+void printJson(const QByteArray& text)
+{
+    std::fputs(text.constData(), stdout);
+    if (!text.endsWith('\n')) {
+        std::fputc('\n', stdout);
+    }
+    std::fflush(stdout);
+}
+
+int fail(const QString& sentence)
+{
+    std::fputs((QStringLiteral("vantiro: ") + sentence + u'\n').toUtf8().constData(), stderr);
+    return failed;
+}
+
+int misuse(const QString& sentence)
+{
+    fail(sentence);
+    std::fputs("Try 'vantiro --help'.\n", stderr);
+    return wrongUsage;
+}
+
+bool isInteractive()
+{
+    return ::isatty(STDOUT_FILENO) == 1;
+}
+
+void rewriteLine(const QString& line)
+{
+    // Back to the first column, and clear what a longer line left behind.
+    std::fputs(("\r" + line.toUtf8() + "\033[K").constData(), stdout);
+    std::fflush(stdout);
+}
+
+void endLine()
+{
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+}
+
+QString clockText(double seconds)
+{
+    const auto whole = static_cast<qint64>(seconds);
+    return QString::asprintf("%lld:%02lld:%02lld", static_cast<long long>(whole / 3600),
+                             static_cast<long long>(whole / 60 % 60), static_cast<long long>(whole % 60));
+}
+
+QString grouped(qint64 number)
+{
+    return QLocale(QLocale::English).toString(number);
+}
+
+}  // namespace vantiro::Terminal
