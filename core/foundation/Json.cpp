@@ -44,8 +44,7 @@ std::optional<std::int64_t> integer(const QJsonValue& value)
     return found == value.toInteger(1) ? std::optional<std::int64_t>(found) : std::nullopt;
 }
 
-Reader::Reader(QJsonObject object) : m_object(std::move(object))
-{ }
+Reader::Reader(QJsonObject object) : m_object(std::move(object)) { }
 
 void Reader::read(QLatin1StringView key, QString& target)
 {

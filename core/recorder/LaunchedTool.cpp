@@ -84,6 +84,7 @@ Result<LaunchedTool> LaunchedTool::launch(const QString& program, const QStringL
         texts.push_back(QFile::encodeName(argument));
     }
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (QByteArray& text : texts) {
         pointers.push_back(text.data());
     }
@@ -110,8 +111,7 @@ Result<LaunchedTool> LaunchedTool::launch(const QString& program, const QStringL
     return LaunchedTool(child);
 }
 
-LaunchedTool::LaunchedTool(std::shared_ptr<Child> child) : m_child(std::move(child))
-{ }
+LaunchedTool::LaunchedTool(std::shared_ptr<Child> child) : m_child(std::move(child)) { }
 
 std::int32_t LaunchedTool::pid() const noexcept
 {

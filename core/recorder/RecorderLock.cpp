@@ -22,8 +22,8 @@ namespace {
 
 std::optional<RecorderLock> RecorderLock::acquire(const QString& path)
 {
-    // A folder that cannot be made shows when the file in it cannot be opened.
-    (void)files::makeFolder(QFileInfo(path).path());
+    // The failure of the folder is the failure of the file in it.
+    [[maybe_unused]] const auto made = files::makeFolder(QFileInfo(path).path());
     FileDescriptor descriptor(::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
     if (!descriptor.isOpen() || ::flock(descriptor.get(), LOCK_EX | LOCK_NB) != 0) {
         return std::nullopt;
@@ -47,8 +47,7 @@ bool RecorderLock::isHeld(const QString& path)
     return !acquire(path).has_value();
 }
 
-RecorderLock::RecorderLock(FileDescriptor descriptor) noexcept : m_descriptor(std::move(descriptor))
-{ }
+RecorderLock::RecorderLock(FileDescriptor descriptor) noexcept : m_descriptor(std::move(descriptor)) { }
 
 RecorderLock& RecorderLock::operator=(RecorderLock&& other) noexcept
 {

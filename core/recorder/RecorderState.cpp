@@ -37,7 +37,7 @@ namespace {
         if (!list.isArray()) {
             reader.reject("channels"_L1);
         }
-        for (const QJsonValue& element : list.toArray()) {
+        for (const auto& element : list.toArray()) {
             const auto channel = json::integer(element);
             if (!channel) {
                 reader.reject("channels"_L1);

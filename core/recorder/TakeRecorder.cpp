@@ -200,7 +200,9 @@ TakeRecorder::Account TakeRecorder::finish(TakeEnding ending)
 {
     m_state.stats = m_source->stop();
     m_state.endedBecause = endedBecause(ending);
-    if (auto written = RecorderStateStore::write(m_state, VantiroPaths::lastTakeFile()); !written) {
+    if (auto written =
+            RecorderStateStore::write(m_state, VantiroPaths::lastTakeFile(), files::Durability::lasting);
+        !written) {
         logLine(QStringLiteral("the last take's record could not be written: %1").arg(errorText(written.error())));
     }
     RecorderStateStore::clear();

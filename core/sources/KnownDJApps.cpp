@@ -19,7 +19,7 @@ namespace {
             return {};
         }
         QStringList entries;
-        for (const QJsonValue& entry : QJsonDocument::fromJson(*bytes).array()) {
+        for (const auto& entry : QJsonDocument::fromJson(*bytes).array()) {
             if (!entry.isString()) {
                 return {};
             }

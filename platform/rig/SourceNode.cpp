@@ -16,7 +16,9 @@ namespace {
 
     constexpr std::int64_t nsecPerSecond = 1'000'000'000;
     // How long a cycle waits for the one before it to be heard by everybody.
-    constexpr std::int64_t graphLimitNsec = nsecPerSecond / 2;
+    constexpr std::int64_t patienceNsec = nsecPerSecond / 5;
+    // The same for the first cycle after a start: the daemon may not have noted the start yet and overhear it.
+    constexpr std::int64_t startPatienceNsec = nsecPerSecond / 20;
     // What a clock is behind after the computer slept; nobody wants that delivered.
     constexpr std::int64_t catchUpLimitNsec = 10 * nsecPerSecond;
 
@@ -297,6 +299,7 @@ void SourceNode::stopCycles()
 {
     onData([this] {
         m_isStarted = false;
+        m_isTicking = false;
         armTimer(0);
     });
 }
@@ -354,20 +357,25 @@ void SourceNode::resumeCycles(VirtualDevice::Resume how)
             m_clock.jump(lost);
             m_clock.addTime(lost);
         }
-        if (m_isStarted && m_hasOwnClock) {
+        if (m_isTicking) {
             armTimer(m_clock.dueNsec());
+        } else {
+            start();
         }
     });
 }
 
-// The areas and the order to start come in any order; the clock starts with the last of them.
+// The areas and the order to start come in any order; the clock starts with the last of them. A clock that runs is left
+// alone: the graph gives the areas again whenever a link comes or goes.
 void SourceNode::start()
 {
-    if (!m_isStarted || !m_hasOwnClock || isFollowing() || m_clockArea == nullptr || m_isHung) {
+    if (m_isTicking || !m_isStarted || m_isHung || m_clockArea == nullptr || isFollowing()) {
         return;
     }
+    m_isTicking = true;
     m_isAwaited = false;
     m_isDue = false;
+    m_patienceNsec = startPatienceNsec;
     m_clock.anchor(monotonicNsec());
     armTimer(m_clock.dueNsec());
 }
@@ -388,18 +396,23 @@ void SourceNode::armTimer(std::int64_t nsec)
 
 void SourceNode::tick()
 {
-    if (!m_isStarted || m_isHung || isFollowing() || m_clockArea == nullptr) {
+    if (m_isHung) {
+        return;
+    }
+    if (!m_isStarted || m_clockArea == nullptr || isFollowing()) {
+        m_isTicking = false;
         return;
     }
     const std::int64_t now = monotonicNsec();
-    if (m_isAwaited && m_waitsForGraph) {
-        if (now < m_triggeredNsec + graphLimitNsec) {
+    if (m_isAwaited) {
+        if (now < m_triggeredNsec + m_patienceNsec) {
             m_isDue = true;
-            armTimer(m_triggeredNsec + graphLimitNsec);
+            armTimer(m_triggeredNsec + m_patienceNsec);
             return;
         }
-        // Somebody hangs; the others are served at the usual pace until the graph is whole again.
-        m_waitsForGraph = false;
+        // The graph lost a cycle, as it may while links change, or somebody hangs. In either case the pace is kept, not
+        // made up for, until the graph answers: what it does not hear in time runs together.
+        m_patienceNsec = m_clock.quantum() * nsecPerSecond / m_clock.rate();
     }
     if (now - m_clock.dueNsec() > catchUpLimitNsec) {
         m_clock.anchor(now);
@@ -455,8 +468,8 @@ int SourceNode::process()
 {
     if (!isFollowing()) {
         m_isAwaited = false;
-        m_waitsForGraph = true;
-        if (std::exchange(m_isDue, false)) {
+        m_patienceNsec = patienceNsec;
+        if (std::exchange(m_isDue, false) && m_isTicking && !m_isHung) {
             armTimer(m_clock.dueNsec());
         }
         return SPA_STATUS_OK;

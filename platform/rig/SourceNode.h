@@ -94,11 +94,12 @@ private:
     std::uint32_t m_ownClockId = 0;
     std::uint32_t m_foreignClockId = 0;
     std::int64_t m_triggeredNsec = 0;
+    std::int64_t m_patienceNsec = 0;
     bool m_isStarted = false;
+    bool m_isTicking = false;
     bool m_isHung = false;
     bool m_isAwaited = false;
     bool m_isDue = false;
-    bool m_waitsForGraph = true;
 
     std::atomic<std::int64_t> m_content = 0;
     std::atomic<std::int64_t> m_cycles = 0;
