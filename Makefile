@@ -1,0 +1,29 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# The everyday commands, one line each. Every one installs first what is missing on this machine.
+.PHONY: help demo test run check bench format setup clean
+
+help: ; @sed -n 's/^#: //p' Makefile
+
+#: make demo    records a take from a virtual rig on a private PipeWire graph and shows what came out
+demo: setup ; cmake --preset release && cmake --build --preset release --target bin/vantiro && build/release/bin/vantiro demo
+
+#: make test    builds for work and runs all tests but the long ones
+test: setup ; cmake --preset dev && cmake --build --preset dev && ctest --preset dev
+
+#: make run     would open the window
+run: ; @echo "Vantiro has no window yet; 'make demo' shows what the recorder does, and build/release/bin/vantiro is the program."
+
+#: make check   formatting, warnings, clang-tidy, sanitizers and the long tests
+check: setup ; scripts/check
+
+#: make bench   builds for speed and runs the benchmarks
+bench: setup ; cmake --preset release -DVANTIRO_BENCH=ON && cmake --build --preset release && bench/run
+
+#: make format  writes all sources as clang-format would
+format: setup ; find . -path './build*' -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format-19 -i
+
+#: make setup   installs the packages that building, running and testing need
+setup: ; @scripts/setup
+
+#: make clean   removes everything that was built
+clean: ; rm -rf build
