@@ -29,6 +29,13 @@ namespace {
         return QStringLiteral("%1").arg(double(decibels(magnitude)), 6, 'f', 1);
     }
 
+    QString roomText(double seconds)
+    {
+        const auto minutes = static_cast<qint64>(seconds / 60);
+        return minutes < 60 ? QStringLiteral("room for %1 min").arg(minutes)
+                            : QStringLiteral("room for %1 h").arg(Terminal::grouped(minutes / 60));
+    }
+
 }  // namespace
 
 QString MeterLine::next(std::pair<float, float> peaks, double seconds, std::optional<std::int64_t> freeBytes)
@@ -38,7 +45,7 @@ QString MeterLine::next(std::pair<float, float> peaks, double seconds, std::opti
     m_hold = std::max({m_hold, peaks.first, peaks.second});
     m_clipped = m_clipped || m_hold >= clipMagnitude;
     const QString room = freeBytes && m_bytesPerSecond > 0
-        ? QStringLiteral("room %1").arg(Terminal::clockText(static_cast<double>(*freeBytes) / m_bytesPerSecond))
+        ? roomText(static_cast<double>(*freeBytes) / m_bytesPerSecond)
         : QString();
     return QStringLiteral("REC %1  L %2 R %3  %4 dB  peak %5 dB  %6 %7")
         .arg(Terminal::clockText(seconds), bar(m_left), bar(m_right), level(std::max(m_left, m_right)), level(m_hold),

@@ -20,7 +20,9 @@ namespace {
     constexpr auto firstCycleLimit = 2s;
     constexpr auto firstCyclePause = 1ms;
     constexpr auto forcedRateLimit = 500ms;
-    constexpr long rateWatchNanoseconds = 250'000'000;
+    constexpr long lookAgainNanoseconds = 250'000'000;
+    /// Frames; more than any graph runs with.
+    constexpr std::size_t longestCycle = 65'536;
     /// The registry tells of a link some cycles before or after the audio thread meets it.
     constexpr int cyclesNearLinkChange = 32;
 
@@ -50,8 +52,10 @@ FilterStream::FilterStream(
     , m_plan(std::move(plan))
     , m_sampleRate(options.nominalRate)
     , m_channels(options.channels)
+    , m_absence(options.absence)
     , m_links(*m_mirror)
     , m_buffers(options.sourceChannels)
+    , m_silence(options.absence == Absence::silence ? longestCycle : 0)
 {
 }
 
@@ -60,8 +64,8 @@ FilterStream::~FilterStream()
     stop();
     const LoopLock lock(m_mirror->loop());
     m_mirror->remove(*this);
-    if (m_rateTimer != nullptr) {
-        pw_loop_destroy_source(pw_thread_loop_get_loop(m_mirror->loop()), m_rateTimer);
+    if (m_timer != nullptr) {
+        pw_loop_destroy_source(pw_thread_loop_get_loop(m_mirror->loop()), m_timer);
     }
     destroyFilter();
 }
@@ -77,6 +81,9 @@ int FilterStream::connect(const Options& options)
         PW_KEY_MEDIA_CATEGORY, "Capture", PW_KEY_MEDIA_ROLE, "Production", nullptr);
     if (options.forcedRate) {
         pw_properties_setf(properties, PW_KEY_NODE_FORCE_RATE, "%d", *options.forcedRate);
+    }
+    if (m_absence == Absence::silence) {
+        pw_properties_set(properties, PW_KEY_NODE_ALWAYS_PROCESS, "true");
     }
     m_filter = pw_filter_new(m_mirror->core(), options.nodeName.c_str(), properties);
     if (m_filter == nullptr) {
@@ -107,9 +114,11 @@ int FilterStream::connect(const Options& options)
     if (const int result = pw_filter_connect(m_filter, PW_FILTER_FLAG_RT_PROCESS, nullptr, 0); result < 0) {
         return -result;
     }
-    m_rateTimer = pw_loop_add_timer(
+    m_timer = pw_loop_add_timer(
         pw_thread_loop_get_loop(m_mirror->loop()),
-        [](void* data, std::uint64_t) { static_cast<FilterStream*>(data)->watchRate(); }, this);
+        [](void* data, std::uint64_t) { static_cast<FilterStream*>(data)->lookAgain(); }, this);
+    timespec period{.tv_sec = 0, .tv_nsec = lookAgainNanoseconds};
+    pw_loop_update_timer(pw_thread_loop_get_loop(m_mirror->loop()), m_timer, &period, &period, false);
     m_mirror->add(*this);
     return 0;
 }
@@ -148,8 +157,6 @@ int FilterStream::start(AudioBlockHandler& handler, Listener listener)
     m_declaredRate = static_cast<std::uint32_t>(m_sampleRate);
     m_begun = false;
     m_rateReported = false;
-    timespec period{.tv_sec = 0, .tv_nsec = rateWatchNanoseconds};
-    pw_loop_update_timer(pw_thread_loop_get_loop(m_mirror->loop()), m_rateTimer, &period, &period, false);
     m_handler.store(&handler, std::memory_order_release);
     return 0;
 }
@@ -158,9 +165,6 @@ void FilterStream::stop()
 {
     const LoopLock lock(m_mirror->loop());
     m_listener = {};
-    if (m_rateTimer != nullptr) {
-        pw_loop_update_timer(pw_thread_loop_get_loop(m_mirror->loop()), m_rateTimer, nullptr, nullptr, false);
-    }
     if (m_handler.exchange(nullptr, std::memory_order_acq_rel) == nullptr || m_filter == nullptr) {
         return;
     }
@@ -203,9 +207,18 @@ void FilterStream::graphChanged(const GraphSnapshot& graph)
         setAlive(false);
         return;
     }
-    if (m_filter != nullptr && m_links.hold(wantedLinks(graph))) {
+    holdLinks(graph);
+}
+
+void FilterStream::holdLinks(const GraphSnapshot& graph)
+{
+    if (m_filter == nullptr) {
+        return;
+    }
+    if (m_links.hold(wantedLinks(graph))) {
         m_linkChanges.fetch_add(1, std::memory_order_relaxed);
     }
+    m_linked.store(!m_links.isEmpty(), std::memory_order_relaxed);
 }
 
 void FilterStream::connectionLost()
@@ -237,8 +250,11 @@ void FilterStream::setAlive(bool alive)
     }
 }
 
-void FilterStream::watchRate()
+void FilterStream::lookAgain()
 {
+    if (m_plan->changesWithTime()) {
+        graphChanged(m_mirror->current());
+    }
     // The audio thread cannot wake anybody, so its rate is looked at from here.
     const bool changed = m_rate.load(std::memory_order_relaxed) != m_declaredRate;
     if (changed && !m_rateReported && m_complete.load(std::memory_order_acquire) && m_listener.rateChanged) {
@@ -251,18 +267,23 @@ void FilterStream::watchRate()
 void FilterStream::process(const spa_io_position& position) noexcept
 {
     const spa_io_clock& clock = position.clock;
-    const bool complete = collect(static_cast<std::uint32_t>(clock.duration));
+    const std::size_t delivered = collect(static_cast<std::uint32_t>(clock.duration));
+    // A quiet source is complete as it is, unless it has just been linked and its first buffer is on the way.
+    const bool complete = m_absence == Absence::missing
+        ? delivered == m_ports.size()
+        : m_begun || delivered > 0 || !m_linked.load(std::memory_order_relaxed);
     const std::uint32_t changes = m_linkChanges.load(std::memory_order_relaxed);
     if (changes != m_seenLinkChanges) {
         m_seenLinkChanges = changes;
         m_cyclesSinceLinkChange = 0;
     }
+    const bool audible = m_absence == Absence::missing ? complete || m_begun : delivered > 0;
     const double time = m_clock.advance({.clockId = clock.id,
                                          .position = clock.position,
                                          .duration = clock.duration,
                                          .nanoseconds = clock.nsec,
                                          .rate = clock.rate.denom,
-                                         .linked = complete || m_begun,
+                                         .linked = audible,
                                          .linksChanged = m_cyclesSinceLinkChange < cyclesNearLinkChange});
     m_cyclesSinceLinkChange = std::min(m_cyclesSinceLinkChange + 1, cyclesNearLinkChange);
     if (complete) {
@@ -278,18 +299,24 @@ void FilterStream::process(const spa_io_position& position) noexcept
     handler->process({.buffers = m_buffers, .sampleTime = time, .hostNanoseconds = monotonicNanoseconds()});
 }
 
-/// Fetches the cycle's buffers; whether every port had one.
-bool FilterStream::collect(std::uint32_t frames) noexcept
+/// Fetches the cycle's buffers; how many ports had one.
+std::size_t FilterStream::collect(std::uint32_t frames) noexcept
 {
-    bool complete = true;
+    std::size_t delivered = 0;
     for (std::size_t index = 0; index < m_ports.size(); ++index) {
-        AudioBuffer& target = m_buffers[m_channels[index]];
-        const void* samples = pw_filter_get_dsp_buffer(m_ports[index], frames);
-        target.samples = static_cast<const float*>(samples);
-        target.bytes = samples == nullptr ? 0 : static_cast<std::int64_t>(frames) * static_cast<std::int64_t>(sizeof(float));
-        complete = complete && samples != nullptr;
+        const auto* samples = static_cast<const float*>(pw_filter_get_dsp_buffer(m_ports[index], frames));
+        std::size_t available = frames;
+        if (samples != nullptr) {
+            ++delivered;
+        } else if (m_absence == Absence::silence) {
+            samples = m_silence.data();
+            available = std::min<std::size_t>(frames, m_silence.size());
+        }
+        m_buffers[m_channels[index]] = {
+            .samples = samples,
+            .bytes = samples == nullptr ? 0 : static_cast<std::int64_t>(available * sizeof(float))};
     }
-    return complete;
+    return delivered;
 }
 
 }  // namespace vantiro

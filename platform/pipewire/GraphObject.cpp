@@ -297,6 +297,37 @@ namespace {
         Proxy m_proxy;
     };
 
+    class ClientObject final : public GraphObject {
+    public:
+        ClientObject(GraphMirror& mirror, pw_registry* registry, std::uint32_t id, const spa_dict& properties)
+            : GraphObject(id, properties)
+            , m_mirror(mirror)
+            , m_proxy(registry, id, PW_TYPE_INTERFACE_Client, PW_VERSION_CLIENT)
+        {
+            m_client.id = id;
+            m_client.serial = m_serial;
+            merge(m_client.properties, &properties);
+            static const pw_client_events events = [] {
+                pw_client_events table{};
+                table.version = PW_VERSION_CLIENT_EVENTS;
+                table.info = [](void* data, const pw_client_info* info) {
+                    auto& client = *static_cast<ClientObject*>(data);
+                    merge(client.m_client.properties, info->props);
+                    client.m_mirror.markChanged();
+                };
+                return table;
+            }();
+            m_proxy.listen(events, this);
+        }
+
+        void contribute(GraphSnapshot& graph) const override { graph.clients.push_back(m_client); }
+
+    private:
+        GraphMirror& m_mirror;
+        GraphClient m_client;
+        Proxy m_proxy;
+    };
+
     /// The session's settings: which device is the default, and at what rate the graph runs.
     class MetadataObject final : public GraphObject {
     public:
@@ -386,6 +417,9 @@ std::unique_ptr<GraphObject> GraphObject::make(
     }
     if (kind == QLatin1StringView(PW_TYPE_INTERFACE_Device)) {
         return std::make_unique<CardObject>(mirror, registry, id, properties);
+    }
+    if (kind == QLatin1StringView(PW_TYPE_INTERFACE_Client)) {
+        return std::make_unique<ClientObject>(mirror, registry, id, properties);
     }
     const QString name = text(properties, PW_KEY_METADATA_NAME);
     if (kind == QLatin1StringView(PW_TYPE_INTERFACE_Metadata) && (name == "default"_L1 || name == "settings"_L1)) {

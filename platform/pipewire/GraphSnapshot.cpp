@@ -31,6 +31,11 @@ const GraphCard* GraphSnapshot::cardWithId(std::uint32_t id) const
     return firstWith(cards, &GraphCard::id, id);
 }
 
+const GraphClient* GraphSnapshot::clientWithId(std::uint32_t id) const
+{
+    return firstWith(clients, &GraphClient::id, id);
+}
+
 std::vector<GraphPort> GraphSnapshot::audioPorts(std::uint32_t node, bool isInput) const
 {
     std::vector<GraphPort> found;

@@ -41,6 +41,13 @@ struct GraphLink {
     std::uint32_t inputPort = 0;
 };
 
+/// A program's connection to the graph.
+struct GraphClient {
+    std::uint32_t id = 0;
+    std::uint64_t serial = 0;
+    GraphProperties properties;
+};
+
 /// One way of a card's sound, such as its microphone socket.
 struct GraphRoute {
     bool isInput = false;
@@ -61,6 +68,7 @@ struct GraphSnapshot {
     std::vector<GraphPort> ports;
     std::vector<GraphLink> links;
     std::vector<GraphCard> cards;
+    std::vector<GraphClient> clients;
     QString defaultSource;  ///< `node.name` of the default input; empty if there is none.
     double graphRate = 48000;  ///< Hz at which the graph runs when nobody asks for another rate.
     /// The last rate in Hz at which a node of that name ran while this process watched.
@@ -69,6 +77,7 @@ struct GraphSnapshot {
     [[nodiscard]] const GraphNode* nodeWithSerial(std::uint64_t serial) const;
     [[nodiscard]] const GraphNode* nodeWithId(std::uint32_t id) const;
     [[nodiscard]] const GraphCard* cardWithId(std::uint32_t id) const;
+    [[nodiscard]] const GraphClient* clientWithId(std::uint32_t id) const;
     /// Audio ports of a node in one direction, without monitors, in the order of their index.
     [[nodiscard]] std::vector<GraphPort> audioPorts(std::uint32_t node, bool isInput) const;
 };

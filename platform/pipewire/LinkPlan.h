@@ -27,6 +27,8 @@ public:
     [[nodiscard]] virtual bool isAlive(const GraphSnapshot& graph) const = 0;
     /// The wanted links; empty as long as the source's ports are not complete.
     [[nodiscard]] virtual std::vector<Entry> entries(const GraphSnapshot& graph) const = 0;
+    /// Life and links can change by time alone, so both are asked for again without a change of the graph.
+    [[nodiscard]] virtual bool changesWithTime() const { return false; }
 
 protected:
     LinkPlan() = default;
