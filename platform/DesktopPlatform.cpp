@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/DesktopPlatform.h"
 
+#include "platform/desktop/DesktopPower.h"
 #include "platform/pipewire/PipeWireAudio.h"
 
 namespace vantiro {
 
 Platform makeDesktopPlatform()
 {
-    return {.audio = std::make_unique<PipeWireAudio>()};
+    return {.audio = std::make_unique<PipeWireAudio>(), .power = std::make_shared<DesktopPower>()};
 }
 
 }  // namespace vantiro

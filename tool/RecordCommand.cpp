@@ -96,6 +96,8 @@ namespace {
             return {};
         case TakeEnding::deviceLost:
             return u"%1 was disconnected. The take ends where the device left, and the file is intact."_s.arg(name);
+        case TakeEnding::sourceQuit:
+            return u"%1 quit, so the take ends there. The file is intact."_s.arg(name);
         case TakeEnding::rateChanged:
             return u"The sample rate of %1 changed, so Vantiro ended the take there. The file plays at the right "
                    "speed. Start a new take to keep recording."_s.arg(name);
@@ -167,7 +169,7 @@ int recordCommand(const QStringList& words)
     SignalWatch signals;
     const Platform platform = makeDesktopPlatform();
     wanted->request.stopRequested = [&signals] { return signals.stopRequested(); };
-    auto recorder = TakeRecorder::start(wanted->request, *platform.audio, posixTakeStorage());
+    auto recorder = TakeRecorder::start(wanted->request, platform, posixTakeStorage());
     if (!recorder) {
         return Terminal::fail(errorText(recorder.error()));
     }

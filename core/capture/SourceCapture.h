@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/capture/Capture.h"
+#include "core/capture/ProcessTap.h"
 #include "core/sources/SourceRef.h"
 
 #include <QString>
@@ -19,12 +20,14 @@ class SourceCapture {
 public:
     struct Options {
         SourceRef source;
+        std::optional<std::int32_t> pid = std::nullopt;     ///< The program's process, if it is known.
         std::optional<std::vector<std::int64_t>> channels;  ///< Counted from 1; the first two if absent.
         std::optional<QString> filePath;                    ///< Absolute; a meter without one.
         TakeFormat format = TakeFormat::caf;
     };
 
-    /// Fails as Capture::open() does; with "{id} is not running" for an application that is not there.
+    /// A program is looked for by its pid, by its identifier, and, if the identifier is a number, by that pid. Fails as
+    /// Capture::open() and ProcessTap::open() do, and with "{id} is not running" for a program that is not there.
     [[nodiscard]] static Result<std::unique_ptr<SourceCapture>> open(
         const Options& options, AudioPlatform& audio, TakeStorage& storage);
 
@@ -37,8 +40,10 @@ public:
     CaptureStats stop();
 
 private:
-    explicit SourceCapture(std::unique_ptr<Capture> capture);
+    SourceCapture(std::unique_ptr<ProcessTap> tap, std::unique_ptr<Capture> capture);
 
+    // Destroyed from the last to the first: the capture ends before the tap that it records from.
+    std::unique_ptr<ProcessTap> m_tap;
     std::unique_ptr<Capture> m_capture;
     QString m_name;
 };

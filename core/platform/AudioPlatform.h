@@ -4,6 +4,7 @@
 #include "core/foundation/Result.h"
 #include "core/platform/AudioBlock.h"
 #include "core/sources/AudioDevice.h"
+#include "core/sources/AudioProcess.h"
 
 #include <QString>
 
@@ -56,6 +57,23 @@ protected:
     CaptureStream() = default;
 };
 
+/// What a program plays, as a device that openCapture() takes. The device is there as long as this object.
+class AudioTap {
+public:
+    struct Request {
+        QString uid;                ///< The device's UID from now on.
+        std::int64_t channels = 2;  ///< Two for a mixdown, else as many as the program's device has.
+    };
+
+    virtual ~AudioTap() = default;
+
+    AudioTap(const AudioTap&) = delete;
+    AudioTap& operator=(const AudioTap&) = delete;
+
+protected:
+    AudioTap() = default;
+};
+
 /// Ends a subscription when it is destroyed; after that the callback is not running and will not run.
 class HardwareWatch {
 public:
@@ -81,7 +99,7 @@ public:
     /// The audio service runs and answers.
     [[nodiscard]] virtual bool isAvailable() = 0;
 
-    /// All devices, in the system's order.
+    /// All devices, in the system's order; taps are not among them.
     [[nodiscard]] virtual std::vector<AudioDevice> devices() = 0;
     /// The device with this UID.
     [[nodiscard]] virtual std::optional<AudioDevice> device(const QString& uid) = 0;
@@ -96,7 +114,15 @@ public:
     [[nodiscard]] virtual std::expected<std::unique_ptr<CaptureStream>, int> openCapture(
         const QString& uid, std::span<const std::int64_t> channels, CapturePurpose purpose) = 0;
 
-    /// Calls `onChange` on a thread of the platform after the list of devices or one of its records changed.
+    /// The programs that play or could play, sorted as AudioProcesses::sort() does; never our own captures.
+    [[nodiscard]] virtual std::vector<AudioProcess> processes() = 0;
+    /// The devices that a program plays to now, in the order in which it began to.
+    [[nodiscard]] virtual std::vector<AudioDevice> outputDevices(const AudioProcess& process) = 0;
+    /// Makes a device of what a program plays; its other listeners notice nothing. The failure is a positive errno.
+    [[nodiscard]] virtual std::expected<std::unique_ptr<AudioTap>, int> openTap(
+        const AudioProcess& process, const AudioTap::Request& request) = 0;
+
+    /// Calls `onChange` on a thread of the platform after a device or a program came, went or changed.
     [[nodiscard]] virtual std::unique_ptr<HardwareWatch> watch(std::function<void()> onChange) = 0;
 
 protected:

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/platform/AudioPlatform.h"
+#include "core/platform/PowerPlatform.h"
 
 #include <memory>
 
@@ -10,6 +11,7 @@ namespace vantiro {
 /// All that core asks of the system around it, made once in main() and handed down.
 struct Platform {
     std::unique_ptr<AudioPlatform> audio;
+    std::shared_ptr<PowerPlatform> power;  ///< Shared with threads that may outlast a take; may be absent.
 };
 
 }  // namespace vantiro

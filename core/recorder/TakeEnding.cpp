@@ -8,6 +8,8 @@ std::optional<QString> endedBecause(TakeEnding ending)
     switch (ending) {
     case TakeEnding::deviceLost:
         return QStringLiteral("device-lost");
+    case TakeEnding::sourceQuit:
+        return QStringLiteral("source-quit");
     case TakeEnding::rateChanged:
         return QStringLiteral("rate-changed");
     case TakeEnding::inputStalled:

@@ -10,7 +10,8 @@ namespace vantiro {
 /// Why a take ended.
 enum class TakeEnding {
     stopped,       ///< Somebody asked for it.
-    deviceLost,    ///< The source, or the audio service with it, went away.
+    deviceLost,    ///< The device, or the audio service with it, went away.
+    sourceQuit,    ///< The program that was recorded ended.
     rateChanged,   ///< The source went on at another sample rate.
     inputStalled,  ///< The source is there and sends nothing any more.
     diskFull,      ///< The take was closed while that was still possible.

@@ -63,8 +63,9 @@ namespace {
 }  // namespace
 
 Result<std::unique_ptr<TakeRecorder>> TakeRecorder::start(
-    const Request& request, AudioPlatform& audio, TakeStorage& storage)
+    const Request& request, const Platform& platform, TakeStorage& storage)
 {
+    AudioPlatform& audio = *platform.audio;
     if (!audio.isAvailable()) {
         return captureFailure(
             QStringLiteral("PipeWire is not running, so there is no audio to record. Start it and try again."));
@@ -86,7 +87,7 @@ Result<std::unique_ptr<TakeRecorder>> TakeRecorder::start(
     if (!source) {
         return std::unexpected(source.error());
     }
-    std::unique_ptr<TakeRecorder> recorder(new TakeRecorder(*std::move(lock), *std::move(source), request));
+    std::unique_ptr<TakeRecorder> recorder(new TakeRecorder(*std::move(lock), *std::move(source), request, platform));
     if (auto began = recorder->waitForFirstBlock(); !began) {
         recorder->m_source->capture().discard();
         return std::unexpected(began.error());
@@ -98,9 +99,12 @@ Result<std::unique_ptr<TakeRecorder>> TakeRecorder::start(
     return recorder;
 }
 
-TakeRecorder::TakeRecorder(RecorderLock lock, std::unique_ptr<SourceCapture> source, const Request& request)
+TakeRecorder::TakeRecorder(
+    RecorderLock lock, std::unique_ptr<SourceCapture> source, const Request& request, const Platform& platform)
     : m_lock(std::move(lock))
     , m_request(request)
+    , m_audio(*platform.audio)
+    , m_power(platform.power)
     , m_source(std::move(source))
 {
 }
@@ -146,6 +150,9 @@ Result<void> TakeRecorder::announce()
                                       .stats = capture.stats()});
     m_stateWritten = Clock::now();
     m_lastAudio = m_stateWritten;
+    if (m_power) {
+        m_protection.emplace(QStringLiteral("A take of %1 is being recorded").arg(m_source->name()), m_power);
+    }
     return RecorderStateStore::write(m_state, VantiroPaths::stateFile());
 }
 
@@ -174,7 +181,9 @@ std::optional<TakeEnding> TakeRecorder::reasonToEnd()
         }
     }
     if (capture.deviceLost()) {
-        return TakeEnding::deviceLost;
+        // A program that is gone while the audio service still answers has quit; without it, who knows.
+        const bool isProgram = m_request.source.kind == SourceRef::Kind::app;
+        return isProgram && m_audio.isAvailable() ? TakeEnding::sourceQuit : TakeEnding::deviceLost;
     }
     if (capture.rateChanged()) {
         return TakeEnding::rateChanged;
@@ -199,6 +208,7 @@ void TakeRecorder::refreshState()
 TakeRecorder::Account TakeRecorder::finish(TakeEnding ending)
 {
     m_state.stats = m_source->stop();
+    m_protection.reset();
     m_state.endedBecause = endedBecause(ending);
     if (auto written =
             RecorderStateStore::write(m_state, VantiroPaths::lastTakeFile(), files::Durability::lasting);

@@ -2,9 +2,11 @@
 #pragma once
 
 #include "core/capture/SourceCapture.h"
+#include "core/platform/Platform.h"
 #include "core/recorder/RecorderLock.h"
 #include "core/recorder/RecorderState.h"
 #include "core/recorder/TakeEnding.h"
+#include "core/recorder/TakeProtection.h"
 
 #include <QString>
 
@@ -49,9 +51,10 @@ public:
     };
 
     /// Takes the lock, mends what a recorder that died left in the takes folder, opens source and file, waits for the
-    /// first audio and writes the state. Every failure is one sentence and leaves neither a state nor an empty file.
+    /// first audio and writes the state. Every failure is one sentence and leaves neither a state nor an empty file. The
+    /// platform outlives the recorder.
     [[nodiscard]] static Result<std::unique_ptr<TakeRecorder>> start(
-        const Request& request, AudioPlatform& audio, TakeStorage& storage);
+        const Request& request, const Platform& platform, TakeStorage& storage);
 
     ~TakeRecorder();
 
@@ -69,7 +72,8 @@ public:
     [[nodiscard]] SourceCapture& source() { return *m_source; }
 
 private:
-    TakeRecorder(RecorderLock lock, std::unique_ptr<SourceCapture> source, const Request& request);
+    TakeRecorder(RecorderLock lock, std::unique_ptr<SourceCapture> source, const Request& request,
+                 const Platform& platform);
 
     [[nodiscard]] Result<void> waitForFirstBlock();
     [[nodiscard]] Result<void> announce();
@@ -79,8 +83,11 @@ private:
     // Destroyed from the last to the first: the lock goes when the take is closed.
     RecorderLock m_lock;
     Request m_request;
+    AudioPlatform& m_audio;
+    std::shared_ptr<PowerPlatform> m_power;
     std::unique_ptr<SourceCapture> m_source;
     RecorderState m_state;
+    std::optional<TakeProtection> m_protection;
     std::chrono::steady_clock::time_point m_stateWritten;
     std::chrono::steady_clock::time_point m_lastAudio;
     std::int64_t m_framesSeen = 0;

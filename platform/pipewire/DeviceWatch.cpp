@@ -7,25 +7,18 @@ namespace {
 
     constexpr long gatherNanoseconds = 200'000'000;
 
-    std::vector<AudioDevice> devicesOf(const GraphSnapshot& graph)
-    {
-        std::vector<AudioDevice> devices;
-        for (DeviceList::Entry& entry : DeviceList::entries(graph)) {
-            devices.push_back(std::move(entry.device));
-        }
-        return devices;
-    }
-
 }  // namespace
 
-DeviceWatch::DeviceWatch(std::shared_ptr<GraphMirror> mirror, std::function<void()> onChange)
+DeviceWatch::DeviceWatch(
+    std::shared_ptr<GraphMirror> mirror, std::shared_ptr<ProgramList> programs, std::function<void()> onChange)
     : m_mirror(std::move(mirror))
+    , m_programs(std::move(programs))
     , m_onChange(std::move(onChange))
 {
     // The first picture is no change.
     const auto first = m_mirror->snapshot();
     const LoopLock lock(m_mirror->loop());
-    m_reported = devicesOf(*first);
+    m_reported = look(*first);
     m_timer = pw_loop_add_timer(
         pw_thread_loop_get_loop(m_mirror->loop()),
         [](void* data, std::uint64_t) { static_cast<DeviceWatch*>(data)->report(); }, this);
@@ -40,9 +33,21 @@ DeviceWatch::~DeviceWatch()
     pw_loop_destroy_source(pw_thread_loop_get_loop(m_mirror->loop()), m_timer);
 }
 
+DeviceWatch::Sight DeviceWatch::look(const GraphSnapshot& graph)
+{
+    Sight sight;
+    for (DeviceList::Entry& entry : DeviceList::entries(graph)) {
+        sight.devices.push_back(std::move(entry.device));
+    }
+    for (const ProgramList::Program& program : m_programs->programs(graph)) {
+        sight.processes.push_back(program.process());
+    }
+    return sight;
+}
+
 void DeviceWatch::graphChanged(const GraphSnapshot& graph)
 {
-    if (m_pending || devicesOf(graph) == m_reported) {
+    if (m_pending || look(graph) == m_reported) {
         return;
     }
     m_pending = true;
@@ -53,7 +58,7 @@ void DeviceWatch::graphChanged(const GraphSnapshot& graph)
 void DeviceWatch::report()
 {
     m_pending = false;
-    std::vector<AudioDevice> now = devicesOf(m_mirror->current());
+    Sight now = look(m_mirror->current());
     if (now == m_reported) {
         return;
     }

@@ -5,6 +5,9 @@
 #include "platform/pipewire/DeviceWatch.h"
 #include "platform/pipewire/FilterStream.h"
 #include "platform/pipewire/GraphMirror.h"
+#include "platform/pipewire/ProgramList.h"
+#include "platform/pipewire/TapPlan.h"
+#include "platform/pipewire/TapRegister.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -37,7 +40,12 @@ namespace {
 
 }  // namespace
 
-PipeWireAudio::PipeWireAudio() : m_mirror(std::make_shared<GraphMirror>()) { }
+PipeWireAudio::PipeWireAudio()
+    : m_mirror(std::make_shared<GraphMirror>())
+    , m_programs(std::make_shared<ProgramList>())
+    , m_taps(std::make_shared<TapRegister>())
+{
+}
 
 PipeWireAudio::~PipeWireAudio() = default;
 
@@ -57,6 +65,9 @@ std::vector<AudioDevice> PipeWireAudio::devices()
 
 std::optional<AudioDevice> PipeWireAudio::device(const QString& uid)
 {
+    if (const auto tap = m_taps->find(uid)) {
+        return tap->device;
+    }
     auto entry = entryFor(*m_mirror->snapshot(), uid);
     return entry ? std::optional(std::move(entry->device)) : std::nullopt;
 }
@@ -78,13 +89,14 @@ std::expected<std::unique_ptr<CaptureStream>, int> PipeWireAudio::openCapture(
     const QString& uid, std::span<const std::int64_t> channels, CapturePurpose purpose)
 {
     const auto graph = m_mirror->snapshot();
-    const std::optional<DeviceList::Entry> entry = entryFor(*graph, uid);
-    if (!entry) {
+    const auto tap = m_taps->find(uid);
+    const std::optional<DeviceList::Entry> entry = tap ? std::nullopt : entryFor(*graph, uid);
+    if (!tap && !entry) {
         return std::unexpected(ENODEV);
     }
+    const AudioDevice& source = tap ? tap->device : entry->device;
     FilterStream::Options options;
-    options.nodeName = purpose == CapturePurpose::take ? "vantiro-recorder" : "vantiro-meter";
-    options.sourceChannels = static_cast<std::size_t>(entry->device.inputChannels);
+    options.sourceChannels = static_cast<std::size_t>(source.inputChannels);
     for (const std::int64_t channel : channels) {
         const auto index = static_cast<std::size_t>(channel - 1);
         if (channel < 1 || index >= options.sourceChannels) {
@@ -95,14 +107,68 @@ std::expected<std::unique_ptr<CaptureStream>, int> PipeWireAudio::openCapture(
             options.channels.push_back(index);
         }
     }
-    options.nominalRate = entry->device.sampleRate;
+    options.nominalRate = source.sampleRate;
+    if (tap) {
+        options.nodeName = uid.toStdString();
+        options.absence = FilterStream::Absence::silence;
+        return FilterStream::open(
+            m_mirror, std::make_unique<TapPlan>(m_programs, tap->program, options.sourceChannels), options);
+    }
+    options.nodeName = purpose == CapturePurpose::take ? "vantiro-recorder" : "vantiro-meter";
     options.forcedRate = rateToForce(*graph, *entry, purpose);
     return FilterStream::open(m_mirror, std::make_unique<DevicePlan>(entry->serial), options);
 }
 
+std::vector<AudioProcess> PipeWireAudio::processes()
+{
+    std::vector<AudioProcess> processes;
+    for (const ProgramList::Program& program : m_programs->programs(*m_mirror->snapshot())) {
+        processes.push_back(program.process());
+    }
+    AudioProcesses::sort(processes);
+    return processes;
+}
+
+std::vector<AudioDevice> PipeWireAudio::outputDevices(const AudioProcess& process)
+{
+    const auto graph = m_mirror->snapshot();
+    const auto program = m_programs->find(*graph, process);
+    std::vector<AudioDevice> devices;
+    if (!program) {
+        return devices;
+    }
+    const std::vector<DeviceList::Entry> entries = DeviceList::entries(*graph);
+    for (const std::uint32_t id : outputDeviceNodes(*graph, program->nodes)) {
+        const GraphNode* node = graph->nodeWithId(id);
+        const auto entry = std::ranges::find(entries, node->serial, &DeviceList::Entry::serial);
+        if (entry != entries.end()) {
+            devices.push_back(entry->device);
+        }
+    }
+    return devices;
+}
+
+std::expected<std::unique_ptr<AudioTap>, int> PipeWireAudio::openTap(
+    const AudioProcess& process, const AudioTap::Request& request)
+{
+    const auto graph = m_mirror->snapshot();
+    const auto program = m_programs->find(*graph, process);
+    if (!program) {
+        return std::unexpected(ESRCH);
+    }
+    const std::vector<AudioDevice> devices = outputDevices(process);
+    return m_taps->add({.program = program->identity,
+                        .device = {.uid = request.uid,
+                                   .name = QStringLiteral("Vantiro: %1").arg(process.name),
+                                   .transport = QStringLiteral("virtual"),
+                                   .inputChannels = request.channels,
+                                   .sampleRate = devices.empty() ? graph->graphRate : devices.front().sampleRate,
+                                   .inputTerminal = QStringLiteral("unknown")}});
+}
+
 std::unique_ptr<HardwareWatch> PipeWireAudio::watch(std::function<void()> onChange)
 {
-    return std::make_unique<DeviceWatch>(m_mirror, std::move(onChange));
+    return std::make_unique<DeviceWatch>(m_mirror, m_programs, std::move(onChange));
 }
 
 }  // namespace vantiro

@@ -89,6 +89,16 @@ std::vector<ProgramList::Program> ProgramList::programs(const GraphSnapshot& gra
     return found;
 }
 
+std::optional<ProgramList::Program> ProgramList::find(const GraphSnapshot& graph, const AudioProcess& process)
+{
+    for (Program& program : programs(graph)) {
+        if (program.identity.pid == process.pid && program.identity.identifier == process.bundleID) {
+            return std::move(program);
+        }
+    }
+    return std::nullopt;
+}
+
 std::vector<std::uint32_t> ProgramList::nodesOf(const GraphSnapshot& graph, const ProgramIdentity& program)
 {
     std::vector<std::uint32_t> nodes;

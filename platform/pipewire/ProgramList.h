@@ -30,8 +30,10 @@ public:
     ProgramList() = default;
     explicit ProgramList(ProgramLookup lookup) : m_lookup(std::move(lookup)) { }
 
-    /// All programs that have a playback node, and all others with a connection that is theirs alone; without our own.
+    /// All programs that have a playback node, in the order in which they came.
     [[nodiscard]] std::vector<Program> programs(const GraphSnapshot& graph);
+    /// The program that a record speaks of.
+    [[nodiscard]] std::optional<Program> find(const GraphSnapshot& graph, const AudioProcess& process);
     /// The playback nodes of one program.
     [[nodiscard]] std::vector<std::uint32_t> nodesOf(const GraphSnapshot& graph, const ProgramIdentity& program);
     /// Some client of the graph is that program's.

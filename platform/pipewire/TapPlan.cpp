@@ -84,8 +84,8 @@ std::vector<LinkPlan::Entry> TapPlan::entriesOf(
     const auto now = Clock::now();
     // What was there before us has found its place already.
     const auto appeared = now - m_made < unlinkedLimit ? now - unlinkedLimit : now;
-    const auto [place, isNew] = m_nodes.try_emplace(graph.nodeWithId(node)->serial);
-    Memory& memory = place->second;
+    const auto [known, isNew] = m_nodes.try_emplace(graph.nodeWithId(node)->serial);
+    Memory& memory = known->second;
     if (isNew) {
         memory.seen = appeared;
     }
