@@ -4,7 +4,9 @@
 #include "core/capture/PeakScan.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace vantiro {
@@ -19,16 +21,71 @@ namespace {
     constexpr std::int64_t crossingsForTone = 100;
     constexpr double toneSpread = 0.05;
 
+    // Explicit vectors, since compilers leave these loops as they are.
+    using Lanes = float __attribute__((vector_size(16)));
+    using Mask = std::int32_t __attribute__((vector_size(16)));
+    using Halves = std::uint64_t __attribute__((vector_size(16)));
+    constexpr std::int64_t laneCount = 4;
+
+    Lanes load(const float* samples) noexcept
+    {
+        Lanes lanes;
+        std::memcpy(&lanes, samples, sizeof lanes);
+        return lanes;
+    }
+
+    /// Two channels, each in a run of its own, become one run of pairs.
+    void interleave(const float* left, const float* right, float* target, std::int64_t count) noexcept
+    {
+        std::int64_t frame = 0;
+        for (; frame + laneCount <= count; frame += laneCount) {
+            const Lanes first = load(left + frame);
+            const Lanes second = load(right + frame);
+            const Lanes low = __builtin_shufflevector(first, second, 0, 4, 1, 5);
+            const Lanes high = __builtin_shufflevector(first, second, 2, 6, 3, 7);
+            std::memcpy(target + 2 * frame, &low, sizeof low);
+            std::memcpy(target + 2 * frame + laneCount, &high, sizeof high);
+        }
+        for (; frame < count; ++frame) {
+            target[2 * frame] = left[frame];
+            target[2 * frame + 1] = right[frame];
+        }
+    }
+
+    /// The first frame from `frame` on where `isWanted` is true of the sample, or `count`. `isWanted` takes a sample or
+    /// a vector of them.
+    template <class Wanted>
+    std::int64_t find(
+        const float* samples, std::int64_t stride, std::int64_t frame, std::int64_t count, Wanted isWanted) noexcept
+    {
+        // Music stays on one side for dozens of frames, so eight are looked at in one step. Each has a bit of its own.
+        constexpr Mask firstBits{1, 2, 4, 8};
+        constexpr Mask secondBits{16, 32, 64, 128};
+        for (; stride == 1 && frame + 2 * laneCount <= count; frame += 2 * laneCount) {
+            const Mask found = (isWanted(load(samples + frame)) & firstBits)
+                | (isWanted(load(samples + frame + laneCount)) & secondBits);
+            const auto halves = reinterpret_cast<Halves>(found);
+            if (const std::uint64_t bits = halves[0] | halves[1]; bits != 0) {
+                return frame + std::countr_zero(static_cast<std::uint32_t>(bits | bits >> 32U));
+            }
+        }
+        while (frame < count && !isWanted(samples[frame * stride])) {
+            ++frame;
+        }
+        return frame;
+    }
+
     template <class Value>
     Value get(const std::atomic<Value>& value) noexcept
     {
         return value.load(std::memory_order_relaxed);
     }
 
+    /// The audio thread alone writes the counters, so reading and writing back need not be one step.
     template <class Value>
     void add(std::atomic<Value>& value, Value amount) noexcept
     {
-        value.fetch_add(amount, std::memory_order_relaxed);
+        value.store(get(value) + amount, std::memory_order_relaxed);
     }
 
     /// The audio thread is the only writer beside a reader's exchange with 0, so a lost race shows one block's peak
@@ -73,7 +130,7 @@ void IOState::process(const AudioBlock& block) noexcept
     while (count < offered && !m_ended) {
         const std::int64_t chunk = std::min(offered - count, chunkFrames);
         gather(block, count, chunk);
-        count += workOnChunk(chunk);
+        count += workOnChunk(samplesOf(block, m_routes.front(), count), chunk);
     }
     if (count == 0) {
         return;
@@ -103,12 +160,21 @@ std::int64_t IOState::blockFrames(const AudioBlock& block) noexcept
     return smallest;
 }
 
+const float* IOState::samplesOf(const AudioBlock& block, const Route& route, std::int64_t start) noexcept
+{
+    return block.buffers[route.buffer].samples + route.offset + start * route.stride;
+}
+
 void IOState::gather(const AudioBlock& block, std::int64_t start, std::int64_t count) noexcept
 {
     const std::size_t width = m_routes.size();
+    if (width == 2 && m_routes[0].stride == 1 && m_routes[1].stride == 1) {
+        interleave(samplesOf(block, m_routes[0], start), samplesOf(block, m_routes[1], start), m_scratch.data(), count);
+        return;
+    }
     for (std::size_t channel = 0; channel < width; ++channel) {
         const Route& route = m_routes[channel];
-        const float* source = block.buffers[route.buffer].samples + route.offset + start * route.stride;
+        const float* source = samplesOf(block, route, start);
         float* target = m_scratch.data() + channel;
         for (std::int64_t frame = 0; frame < count; ++frame) {
             *target = *source;
@@ -118,10 +184,10 @@ void IOState::gather(const AudioBlock& block, std::int64_t start, std::int64_t c
     }
 }
 
-std::int64_t IOState::workOnChunk(std::int64_t count) noexcept
+std::int64_t IOState::workOnChunk(const float* firstChannel, std::int64_t count) noexcept
 {
     const std::int64_t kept = store(count);
-    countCrossings(kept);
+    countCrossings(firstChannel, kept);
     measurePeaks(kept);
     return kept;
 }
@@ -146,31 +212,36 @@ std::int64_t IOState::store(std::int64_t count) noexcept
     return count;
 }
 
-void IOState::countCrossings(std::int64_t count) noexcept
+void IOState::countCrossings(const float* firstChannel, std::int64_t count) noexcept
 {
-    const std::size_t width = m_routes.size();
-    const float* sample = m_scratch.data();
+    const std::int64_t stride = m_routes.front().stride;
+    const auto isBelow = [](auto sample) { return sample < -crossingThreshold; };
+    const auto isAbove = [](auto sample) { return sample > crossingThreshold; };
     std::int64_t crossings = 0;
     std::int64_t gaps = 0;
     std::int64_t squares = 0;
-    // The running gap at frame i is `since + i + 1`, so the loop itself only compares.
+    // The running gap at frame i is `since + i + 1`, so only crossings cost anything.
     std::int64_t since = m_framesSinceCrossing;
     bool counting = since >= 0;
     bool wasNegative = m_wasNegative;
-    for (std::int64_t frame = 0; frame < count; ++frame, sample += width) {
-        if (*sample < -crossingThreshold) {
-            wasNegative = true;
-        } else if (wasNegative && *sample > crossingThreshold) {
-            wasNegative = false;
-            const std::int64_t gap = since + frame + 1;
-            if (counting && gap <= longestGap) {
-                ++crossings;
-                gaps += gap;
-                squares += gap * gap;
-            }
-            counting = true;
-            since = -(frame + 1);
+    for (std::int64_t frame = 0;;) {
+        if (!wasNegative) {
+            frame = find(firstChannel, stride, frame, count, isBelow);
         }
+        wasNegative = wasNegative || frame < count;
+        frame = find(firstChannel, stride, frame, count, isAbove);
+        if (frame == count) {
+            break;
+        }
+        wasNegative = false;
+        const std::int64_t gap = since + frame + 1;
+        if (counting && gap <= longestGap) {
+            ++crossings;
+            gaps += gap;
+            squares += gap * gap;
+        }
+        counting = true;
+        since = -(frame + 1);
     }
     const std::int64_t running = since + count;
     m_framesSinceCrossing = counting && running <= longestGap ? running : -1;

@@ -57,11 +57,14 @@ private:
     };
 
     [[nodiscard]] std::int64_t blockFrames(const AudioBlock& block) noexcept;
+    /// The route's channel in a block, from frame `start` on.
+    [[nodiscard]] static const float* samplesOf(
+        const AudioBlock& block, const Route& route, std::int64_t start) noexcept;
     void gather(const AudioBlock& block, std::int64_t start, std::int64_t count) noexcept;
     /// Both return how many of the chunk's frames belong to the capture: all, unless the sink has ended it.
-    std::int64_t workOnChunk(std::int64_t count) noexcept;
+    std::int64_t workOnChunk(const float* firstChannel, std::int64_t count) noexcept;
     std::int64_t store(std::int64_t count) noexcept;
-    void countCrossings(std::int64_t count) noexcept;
+    void countCrossings(const float* firstChannel, std::int64_t count) noexcept;
     void measurePeaks(std::int64_t count) noexcept;
     void checkClock(double sampleTime, std::int64_t count) noexcept;
 

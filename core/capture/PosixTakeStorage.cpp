@@ -2,13 +2,13 @@
 #include "core/capture/TakeStorage.h"
 #include "core/foundation/FileDescriptor.h"
 #include "core/foundation/Files.h"
+#include "core/foundation/Log.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <utility>
 
 #include <fcntl.h>
@@ -76,7 +76,7 @@ namespace {
             struct stat status = {};
             // Cutting a file to the size that it has frees what lies behind. If it fails, only room is lost.
             if (::fstat(m_descriptor.get(), &status) == 0 && ::ftruncate(m_descriptor.get(), status.st_size) != 0) {
-                std::fputs("The room reserved behind a take could not be given back.\n", stderr);
+                logLine(QStringLiteral("The room reserved behind a take could not be given back."));
             }
         }
 

@@ -3,6 +3,7 @@
 
 #include "core/capture/AudioRing.h"
 #include "core/capture/PackedPcm.h"
+#include "core/foundation/Log.h"
 
 #include <QFileInfo>
 
@@ -13,7 +14,6 @@
 #include <cmath>
 #include <condition_variable>
 #include <csignal>
-#include <cstdio>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -29,11 +29,6 @@ namespace {
     // Large enough that a write costs no more than its bytes, small enough to stay in the processor's cache.
     constexpr std::size_t pieceBytes = std::size_t{256} << 10U;
     constexpr int mostNames = 10'000;
-
-    void log(const QString& sentence)
-    {
-        std::fputs((sentence + u'\n').toLocal8Bit().constData(), stderr);
-    }
 
     bool isFull(int number)
     {
@@ -65,7 +60,7 @@ namespace {
             const QString name = stem + u'_' + QString::number(number) + ending;
             const int result = storage.renameToFree(path, name);
             if (result == 0) {
-                log(QStringLiteral("%1 was there already and is now called %2.").arg(path, name));
+                logLine(QStringLiteral("%1 was there already and is now called %2.").arg(path, name));
             }
             if (result != EEXIST) {
                 return result;
@@ -327,7 +322,7 @@ private:
         if (isFull(number) && !m_isFinishing) {
             // Not yet a loss: the ring keeps its frames, and each step and the close try again.
             if (!ending()) {
-                log(QStringLiteral("%1: %2").arg(m_options.path, errnoText(number)));
+                logLine(QStringLiteral("%1: %2").arg(m_options.path, errnoText(number)));
             }
             end(WriterEnding::diskFull);
             return;
@@ -349,7 +344,7 @@ private:
     {
         m_writeErrors.fetch_add(1, std::memory_order_relaxed);
         end(isFull(number) ? WriterEnding::diskFull : WriterEnding::writeFailed);
-        log(QStringLiteral("%1: %2").arg(m_options.path, errnoText(number)));
+        logLine(QStringLiteral("%1: %2").arg(m_options.path, errnoText(number)));
     }
 
     void finish()
@@ -378,7 +373,7 @@ private:
             }
         }
         if (m_lastFrameEnding == WriterEnding::diskFull && writtenFrames() == m_lastFrame) {
-            log(QStringLiteral("%1 has come close to the largest file that its volume holds.").arg(m_options.path));
+            logLine(QStringLiteral("%1 has come close to the largest file that its volume holds.").arg(m_options.path));
         }
         m_file.reset();
     }

@@ -122,10 +122,12 @@ namespace {
         }
         const double t = (sixteenth - std::floor(sixteenth)) * at.period / 4.0;
         const int octave = sixteenth >= 3.0 ? 12 : 0;
-        const double frequency = track.root * semitones(track.progression[static_cast<std::size_t>(at.barOfFour)] + octave);
+        const int chord = track.progression[static_cast<std::size_t>(at.barOfFour)];
+        const double frequency = track.root * semitones(chord + octave);
         const double phase = turn * frequency * t;
         const double body = std::sin(phase) + 0.45 * std::sin(2.0 * phase) + 0.22 * std::sin(3.0 * phase);
-        return 0.34 * body * std::exp(-9.0 * t) * smooth(0.0, 0.004, t) * smooth(at.period / 4.0, at.period / 4.0 - 0.01, t);
+        const double length = at.period / 4.0;
+        return 0.34 * body * std::exp(-9.0 * t) * smooth(0.0, 0.004, t) * smooth(length, length - 0.01, t);
     }
 
     Stereo pad(const Moment& at, const Track& track)

@@ -7,7 +7,7 @@
 
 namespace vantiro {
 
-/// A DJ set that nobody played: two tracks (124 beats a minute in A minor, 128 in C minor) with kicks, hats, a bass line
+/// A DJ set that nobody played: two tracks (124 beats a minute in A minor, 128 in C minor) with kicks, hats, bass lines
 /// and pads, each with a breakdown without kick and a riser back, and a blend between them. Every sample is a function
 /// of its frame alone, so any stretch can be rendered at any time and comes out the same. No sample is above -5.5 dBFS,
 /// and the loud bars reach -7. The first breakdown begins after 23 seconds.

@@ -185,8 +185,8 @@ struct PrivateGraph::Daemon {
             }
             error = connection.error();
             if (waitForEnd(Milliseconds(5))) {
-                return captureFailure(
-                    QStringLiteral("The private PipeWire ended at once; see %1").arg(path(QStringLiteral("pipewire.log"))));
+                const QString log = path(QStringLiteral("pipewire.log"));
+                return captureFailure(QStringLiteral("The private PipeWire ended at once; see %1").arg(log));
             }
         } while (std::chrono::steady_clock::now() < deadline);
         return std::unexpected(error);

@@ -41,7 +41,8 @@ public:
 
     /// Starts the daemon and returns once its socket answers, at most 10 seconds later. `folder` is made if it is
     /// missing (mode 0700), and must be short enough for a socket's path (about 90 bytes). It is left behind.
-    [[nodiscard]] static Result<std::unique_ptr<PrivateGraph>> start(const QString& folder, const Options& options = {});
+    [[nodiscard]] static Result<std::unique_ptr<PrivateGraph>> start(const QString& folder,
+                                                                    const Options& options = {});
 
     /// Kills the daemon, reaps it.
     ~PrivateGraph();

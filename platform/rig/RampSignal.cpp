@@ -40,8 +40,9 @@ namespace {
 
 std::int32_t sample(int channel, std::int64_t frame) noexcept
 {
-    const auto raw = (static_cast<std::uint32_t>(frame) * step + static_cast<std::uint32_t>(channel) * channelStep) & mask;
-    return static_cast<std::int32_t>(raw) - (1 << 23);
+    const std::uint32_t raw =
+        static_cast<std::uint32_t>(frame) * step + static_cast<std::uint32_t>(channel) * channelStep;
+    return static_cast<std::int32_t>(raw & mask) - (1 << 23);
 }
 
 float value(int channel, std::int64_t frame) noexcept

@@ -375,6 +375,7 @@ void SourceNode::start()
     m_isTicking = true;
     m_isAwaited = false;
     m_isDue = false;
+    m_isRecovering = false;
     m_patienceNsec = startPatienceNsec;
     m_clock.anchor(monotonicNsec());
     armTimer(m_clock.dueNsec());
@@ -404,15 +405,17 @@ void SourceNode::tick()
         return;
     }
     const std::int64_t now = monotonicNsec();
-    if (m_isAwaited) {
+    if (m_isAwaited || m_isRecovering) {
         if (now < m_triggeredNsec + m_patienceNsec) {
             m_isDue = true;
             armTimer(m_triggeredNsec + m_patienceNsec);
             return;
         }
         // The graph lost a cycle, as it may while links change, or somebody hangs. In either case the pace is kept, not
-        // made up for, until the graph answers: what it does not hear in time runs together.
-        m_patienceNsec = m_clock.quantum() * nsecPerSecond / m_clock.rate();
+        // made up for, until the graph answers: what it does not hear in time runs together. The first answer may still
+        // belong to the cycle that was given up, so one more cycle is given its full time.
+        m_isRecovering = m_isAwaited;
+        m_patienceNsec = m_isAwaited ? m_clock.quantum() * nsecPerSecond / m_clock.rate() : patienceNsec;
     }
     if (now - m_clock.dueNsec() > catchUpLimitNsec) {
         m_clock.anchor(now);
@@ -468,8 +471,10 @@ int SourceNode::process()
 {
     if (!isFollowing()) {
         m_isAwaited = false;
-        m_patienceNsec = patienceNsec;
-        if (std::exchange(m_isDue, false) && m_isTicking && !m_isHung) {
+        if (!m_isRecovering) {
+            m_patienceNsec = patienceNsec;
+        }
+        if (!m_isRecovering && std::exchange(m_isDue, false) && m_isTicking && !m_isHung) {
             armTimer(m_clock.dueNsec());
         }
         return SPA_STATUS_OK;

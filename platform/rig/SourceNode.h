@@ -100,6 +100,7 @@ private:
     bool m_isHung = false;
     bool m_isAwaited = false;
     bool m_isDue = false;
+    bool m_isRecovering = false;
 
     std::atomic<std::int64_t> m_content = 0;
     std::atomic<std::int64_t> m_cycles = 0;

@@ -30,7 +30,8 @@ namespace {
         const bool hasOwnClock = options.clock == VirtualDeviceOptions::Clock::own;
         GraphConnection::Properties result = {
             {QStringLiteral(PW_KEY_NODE_NAME), options.name},
-            {QStringLiteral(PW_KEY_NODE_DESCRIPTION), options.description.isEmpty() ? options.name : options.description},
+            {QStringLiteral(PW_KEY_NODE_DESCRIPTION),
+             options.description.isEmpty() ? options.name : options.description},
             {QStringLiteral(PW_KEY_MEDIA_CLASS), QStringLiteral("Audio/Source")},
             {QStringLiteral(PW_KEY_AUDIO_CHANNELS), QString::number(options.channels)},
         };

@@ -39,13 +39,13 @@ struct VirtualDeviceOptions {
 };
 
 /// A virtual audio interface in the calling process: an `Audio/Source` node with one mono float port a channel, no
-/// adapter and no volume, so that what render() writes reaches a linked port bit for bit. The ports are "capture_FL" and
-/// "capture_FR", "capture_MONO", or "capture_AUX0" and so on; "output_..." if the media class is a stream's.
+/// adapter and no volume, so that what render() writes reaches a linked port bit for bit. The ports are "capture_FL"
+/// and "capture_FR", "capture_MONO", or "capture_AUX0" and so on; "output_..." if the media class is a stream's.
 ///
 /// With its own clock the device drives the graph at its own rate, whatever rate others ask for: it paces itself by
-/// absolute deadlines and writes position, time and rate of every cycle. It cycles only while something is linked to it;
-/// the content stands still meanwhile. Cycles that come late are made up for at once. A cycle waits up to 200 ms for the
-/// one before it to be heard by everybody, so a busy machine alone loses nothing; while the graph hangs longer than
+/// absolute deadlines and writes position, time and rate of every cycle. It cycles only while something is linked to
+/// it; otherwise the content stands still. Late cycles are made up for at once. A cycle waits up to 200 ms for the one
+/// before it to be heard by everybody, so a busy machine alone loses nothing; while the graph hangs longer than
 /// that (a paused daemon, a client that is stuck), the device runs on and what nobody hears is lost, as a jump of the
 /// position. With a borrowed clock it needs the same rate as the device that drives it.
 ///
