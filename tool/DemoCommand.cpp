@@ -1,22 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/foundation/Decibels.h"
 #include "core/foundation/Files.h"
-#include "core/recorder/RecorderClient.h"
-#include "core/recorder/RecorderStateStore.h"
 #include "core/recorder/VantiroPaths.h"
 #include "tool/AccountText.h"
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
 #include "tool/DemoProof.h"
 #include "tool/DemoRig.h"
+#include "tool/DemoTake.h"
 #include "tool/SignalWatch.h"
 #include "tool/Terminal.h"
 
-#include <QCoreApplication>
 #include <QDir>
-#include <QProcess>
 
-#include <csignal>
+#include <array>
 
 namespace vantiro {
 
@@ -25,150 +21,149 @@ namespace {
     using namespace Qt::StringLiterals;
     using namespace std::chrono_literals;
 
-    constexpr auto startLimit = 15s;
-    constexpr auto stopLimit = 15s;
-    constexpr auto lookEvery = 20ms;
     constexpr int usualSeconds = 15;
     constexpr int shortestSeconds = 5;
     constexpr int longestSeconds = 600;
 
-    const QString startFlag = u"--start-take"_s;
-
-    /// What the window does: starts the recorder through the client, and then sits there until it is killed.
-    int beTheStarter(const QString& output)
-    {
-        const auto state = RecorderClient::start(
-            {.source = SourceRef::device(QLatin1StringView(DemoRig::interfaceName)), .output = output});
-        if (!state) {
-            return Terminal::fail(errorText(state.error()));
-        }
-        for (;;) {
-            ::pause();
-        }
-    }
-
-    std::optional<RecorderState> waitForTake(QProcess& starter, SignalWatch& signals)
-    {
-        for (auto waited = 0ms; waited < startLimit && !signals.wait(lookEvery); waited += lookEvery) {
-            if (auto state = RecorderStateStore::running()) {
-                return state;
-            }
-            // Asking brings its state up to date.
-            if (starter.waitForFinished(0) || starter.state() == QProcess::NotRunning) {
-                break;
-            }
-        }
-        return std::nullopt;
-    }
+    const QString folderOption = u"--folder"_s;
+    const QString secondsOption = u"--seconds"_s;
+    // Not for people: the demo starts itself again in these roles.
+    const QString starterOption = u"--start-take"_s;
+    const QString sourceOption = u"--source"_s;
+    const QString appOption = u"--be-the-app"_s;
 
     QString progress(const RecorderState& state)
     {
         const CaptureStats stats = state.stats.value_or(CaptureStats{});
-        return u"  %1  %2 frames, peak %3 dB, %4 gaps"_s
-            .arg(Terminal::clockText(stats.seconds()), Terminal::grouped(stats.frames),
-                 QString::number(double(stats.peakDB()), 'f', 1), QString::number(stats.discontinuities));
+        return u"%1 %2 frames, peak %3 dB"_s.arg(
+            state.deviceName, Terminal::grouped(stats.frames), QString::number(double(stats.peakDB()), 'f', 1));
     }
 
-    /// Watches the take until it is so long; false if it ended, or somebody wants to stop.
-    bool watchUntil(double seconds, SignalWatch& signals)
+    using Takes = std::array<DemoTake, 2>;
+
+    /// Watches both takes until they are so long.
+    Result<void> watchUntil(double seconds, Takes& takes, SignalWatch& signals)
     {
         for (;;) {
-            const auto state = RecorderStateStore::running();
-            if (!state || signals.wait(1s)) {
-                return false;
+            QStringList parts;
+            double shortest = seconds;
+            for (DemoTake& take : takes) {
+                const auto state = take.state();
+                if (!state) {
+                    return captureFailure(u"a take ended too early"_s);
+                }
+                parts << progress(*state);
+                shortest = std::min(shortest, state->stats ? state->stats->seconds() : 0);
             }
-            Terminal::print(progress(*state));
-            if (state->stats && state->stats->seconds() >= seconds - 1) {
-                return true;
+            Terminal::print(u"  %1   %2"_s.arg(Terminal::clockText(shortest), parts.join(u"   "_s)));
+            if (shortest >= seconds) {
+                return {};
+            }
+            if (signals.wait(1s)) {
+                return captureFailure(u"interrupted"_s);
             }
         }
     }
 
-    Result<void> recordSet(const QString& take, double seconds, SignalWatch& signals)
+    Result<void> record(Takes& takes, double seconds, SignalWatch& signals)
     {
-        QProcess starter;
-        starter.setProcessChannelMode(QProcess::ForwardedChannels);
-        starter.start(QCoreApplication::applicationFilePath(), {u"demo"_s, startFlag, take});
-        const auto state = waitForTake(starter, signals);
-        if (!state) {
-            return captureFailure(u"the take did not start; %1"_s.arg(
-                QString::fromUtf8(files::read(VantiroPaths::recorderLog()).value_or(QByteArray())).trimmed()));
+        for (DemoTake& take : takes) {
+            const auto state = take.start([&signals] { return signals.stopRequested(); });
+            if (!state) {
+                return std::unexpected(state.error());
+            }
+            Terminal::print(u"Recording %1 (recorder %2, started by %3)."_s.arg(state->deviceName)
+                                .arg(state->pid)
+                                .arg(take.starterPid()));
         }
-        Terminal::print(u"Recording %1 (recorder %2, started by %3)."_s.arg(state->deviceName)
-                            .arg(state->pid)
-                            .arg(starter.processId()));
-        const bool half = watchUntil(seconds / 2, signals);
-        starter.kill();
-        starter.waitForFinished();
-        if (!half) {
-            return captureFailure(u"the take ended too early"_s);
+        if (auto watched = watchUntil(seconds / 2, takes, signals); !watched) {
+            return watched;
         }
-        Terminal::print(u"Killed the program that started the take (SIGKILL). The take goes on:"_s);
-        return watchUntil(seconds, signals) ? Result<void>{} : captureFailure(u"the take ended too early"_s);
+        for (DemoTake& take : takes) {
+            take.killStarter();
+        }
+        Terminal::print(u"Killed the programs that started the takes (SIGKILL). The takes go on:"_s);
+        return watchUntil(seconds, takes, signals);
     }
 
-    int showProof(const RecorderState& last)
+    Result<void> showAccount(DemoTake& take)
     {
-        const auto proof = compareWithSet(last.path, DemoRig::sampleRate);
+        const auto last = take.stop();
+        if (!last) {
+            return std::unexpected(last.error());
+        }
+        Terminal::print(u"Stopped %1. The account of the take:"_s.arg(last->deviceName));
+        for (const QString& line : accountText(*last)) {
+            Terminal::print(line);
+        }
+        const auto proof = compareWithSet(last->path, DemoRig::sampleRate);
         if (!proof) {
-            return Terminal::fail(errorText(proof.error()));
+            return std::unexpected(proof.error());
         }
-        if (proof->differing > 0 || proof->frames != last.stats->frames) {
-            return Terminal::fail(u"%1 of %2 frames are not what was played"_s.arg(proof->differing).arg(proof->frames));
+        if (proof->differing > 0 || !last->stats || proof->frames != last->stats->frames) {
+            return captureFailure(
+                u"%1 of %2 frames are not what was played"_s.arg(proof->differing).arg(proof->frames));
         }
-        Terminal::print(u"  Proof    all %1 frames are, bit by bit, what the interface played from second %2 of the set"_s
-                            .arg(Terminal::grouped(proof->frames), QString::number(proof->setSeconds, 'f', 3)));
-        return Terminal::done;
+        Terminal::print(u"  Proof    all %1 frames are, bit by bit, what was played from second %2 of the set"_s.arg(
+            Terminal::grouped(proof->frames), QString::number(proof->setSeconds, 'f', 3)));
+        return {};
     }
 
-    int runDemo(const QString& folder, int seconds)
+    Result<void> runDemo(const QString& folder, int seconds)
     {
         SignalWatch signals;
         if (auto made = files::makeFolder(folder); !made) {
-            return Terminal::fail(errorText(made.error()));
+            return made;
         }
         const auto rig = DemoRig::make();
         if (!rig) {
-            return Terminal::fail(errorText(rig.error()));
+            return std::unexpected(rig.error());
         }
         Terminal::print(u"A private PipeWire graph is up; this is what there is to record from:"_s);
-        if (const int status = sourcesCommand({}); status != Terminal::done) {
-            return status;
+        if (sourcesCommand({}) != Terminal::done) {
+            return captureFailure(u"the private graph does not answer"_s);
         }
-        const QString take = QDir(folder).filePath(VantiroPaths::newTakeName(TakeFormat::caf));
-        const auto recorded = recordSet(take, seconds, signals);
-        const auto last = RecorderClient::stop(stopLimit);
-        if (!recorded) {
-            return Terminal::fail(errorText(recorded.error()));
+        const QString name = VantiroPaths::newTakeName(TakeFormat::caf);
+        Takes takes{DemoTake(SourceRef::device(QLatin1StringView(DemoRig::interfaceName)),
+                             (*rig)->dataHome(u"data"_s), QDir(folder).filePath(u"interface-"_s + name)),
+                    DemoTake(SourceRef::app(QLatin1StringView(DemoRig::appIdentifier)),
+                             (*rig)->dataHome(u"data-of-a-second-recorder"_s), QDir(folder).filePath(u"app-"_s + name))};
+        if (auto recorded = record(takes, seconds, signals); !recorded) {
+            return recorded;
         }
-        if (!last || !*last) {
-            return Terminal::fail(last ? u"the recorder left no account"_s : errorText(last.error()));
+        for (DemoTake& take : takes) {
+            if (auto shown = showAccount(take); !shown) {
+                return shown;
+            }
         }
-        Terminal::print(u"Stopped. The account of the take:"_s);
-        for (const QString& line : accountText(**last)) {
-            Terminal::print(line);
-        }
-        return showProof(**last);
+        return {};
     }
 
 }  // namespace
 
 int demoCommand(const QStringList& words)
 {
-    const auto arguments = Arguments::parse(words, {u"--folder"_s, u"--seconds"_s, startFlag}, {});
+    const auto arguments =
+        Arguments::parse(words, {folderOption, secondsOption, starterOption, sourceOption, appOption}, {});
     if (!arguments) {
         return Terminal::misuse(errorText(arguments.error()));
     }
-    if (const auto output = arguments->value(startFlag)) {
-        return beTheStarter(*output);
+    if (const auto socket = arguments->value(appOption)) {
+        return DemoRig::beTheApp(*socket);
+    }
+    if (const auto output = arguments->value(starterOption)) {
+        return DemoTake::beTheStarter(
+            SourceRef::fromDescriptor(arguments->value(sourceOption).value_or(QString())), *output);
     }
     bool valid = true;
-    const auto length = arguments->value(u"--seconds"_s);
+    const auto length = arguments->value(secondsOption);
     const int seconds = length ? length->toInt(&valid) : usualSeconds;
     if (!valid || seconds < shortestSeconds || seconds > longestSeconds) {
         return Terminal::misuse(u"--seconds takes a number from 5 to 600"_s);
     }
-    return runDemo(QDir(arguments->value(u"--folder"_s).value_or(u"vantiro-demo"_s)).absolutePath(), seconds);
+    const QString folder = QDir(arguments->value(folderOption).value_or(u"vantiro-demo"_s)).absolutePath();
+    const auto result = runDemo(folder, seconds);
+    return result ? Terminal::done : Terminal::fail(errorText(result.error()));
 }
 
 }  // namespace vantiro

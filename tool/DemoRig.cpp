@@ -2,12 +2,46 @@
 #include "tool/DemoRig.h"
 
 #include "platform/rig/MadeSet.h"
+#include "tool/Terminal.h"
+
+#include <QCoreApplication>
+
+#include <unistd.h>
 
 namespace vantiro {
 
 namespace {
 
     using namespace Qt::StringLiterals;
+
+    /// Frames a cycle; long enough for a busy machine without real-time priorities.
+    constexpr int quantum = 1024;
+    constexpr int patienceMilliseconds = 5000;
+    const QString speakersName = u"virtual-speakers"_s;
+    const QString appNodeName = u"virtual-deck"_s;
+
+    VirtualDevice::Options::Render playsTheSet()
+    {
+        return [set = MadeSet(DemoRig::sampleRate)](std::span<float* const> channels, int frames, std::int64_t position) {
+            set.render(channels, frames, position);
+        };
+    }
+
+    /// What a session manager would do: the app's sound goes to the speakers.
+    Result<void> linkToSpeakers()
+    {
+        for (const QString& side : {u"FL"_s, u"FR"_s}) {
+            QProcess link;
+            link.setProcessChannelMode(QProcess::MergedChannels);
+            link.start(u"pw-link"_s,
+                       {u"%1:output_%2"_s.arg(appNodeName, side), u"%1:playback_%2"_s.arg(speakersName, side)});
+            if (!link.waitForFinished(patienceMilliseconds) || link.exitCode() != 0) {
+                return captureFailure(u"the virtual DJ app found no speakers: %1"_s.arg(
+                    QString::fromUtf8(link.readAll()).trimmed()));
+            }
+        }
+        return {};
+    }
 
 }  // namespace
 
@@ -17,34 +51,76 @@ Result<std::unique_ptr<DemoRig>> DemoRig::make()
     if (!rig->m_folder.isValid()) {
         return captureFailure(u"no temporary folder could be made: %1"_s.arg(rig->m_folder.errorString()));
     }
-    const auto inside = [&rig](const QString& name) { return rig->m_folder.filePath(name); };
-    qputenv("XDG_DATA_HOME", inside(u"data"_s).toUtf8());
-    qputenv("XDG_CONFIG_HOME", inside(u"config"_s).toUtf8());
-    qputenv("XDG_STATE_HOME", inside(u"state"_s).toUtf8());
+    qputenv("XDG_DATA_HOME", rig->dataHome(u"data"_s).toUtf8());
+    qputenv("XDG_CONFIG_HOME", rig->dataHome(u"config"_s).toUtf8());
+    qputenv("XDG_STATE_HOME", rig->dataHome(u"state"_s).toUtf8());
     qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    qputenv("DBUS_SYSTEM_BUS_ADDRESS", "disabled:");
 
-    auto graph = PrivateGraph::start(inside(u"run"_s));
+    auto graph = PrivateGraph::start(
+        rig->dataHome(u"run"_s),
+        {.quantum = quantum,
+         .sinks = {{.name = speakersName, .description = u"Virtual Speakers"_s, .channels = 2}}});
     if (!graph) {
         return std::unexpected(graph.error());
     }
     rig->m_graph = *std::move(graph);
     rig->m_graph->applyEnvironment();
 
-    auto interface = VirtualDevice::make(
-        rig->m_graph->socketPath(),
-        {.name = QLatin1StringView(interfaceName),
-         .description = u"Virtual Interface"_s,
-         .channels = 2,
-         .sampleRate = sampleRate,
-         .properties = {{u"device.bus"_s, u"usb"_s}},
-         .render = [set = MadeSet(sampleRate)](std::span<float* const> channels, int frames, std::int64_t position) {
-             set.render(channels, frames, position);
-         }});
+    auto interface = VirtualDevice::make(rig->m_graph->socketPath(),
+                                         {.name = QLatin1StringView(interfaceName),
+                                          .description = u"Virtual Interface"_s,
+                                          .channels = 2,
+                                          .sampleRate = sampleRate,
+                                          .quantum = quantum,
+                                          .properties = {{u"device.bus"_s, u"usb"_s}},
+                                          .clientProperties = {},
+                                          .render = playsTheSet()});
     if (!interface) {
         return std::unexpected(interface.error());
     }
     rig->m_interface = *std::move(interface);
+    if (auto started = rig->startApp(); !started) {
+        return std::unexpected(started.error());
+    }
     return rig;
+}
+
+DemoRig::~DemoRig()
+{
+    m_app.kill();
+    m_app.waitForFinished();
+}
+
+Result<void> DemoRig::startApp()
+{
+    m_app.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_app.start(QCoreApplication::applicationFilePath(), {u"demo"_s, u"--be-the-app"_s, m_graph->socketPath()});
+    if (!m_app.waitForReadyRead(patienceMilliseconds)) {
+        return captureFailure(u"the virtual DJ app did not start"_s);
+    }
+    return linkToSpeakers();
+}
+
+int DemoRig::beTheApp(const QString& socketPath)
+{
+    const auto stream = VirtualDevice::make(
+        socketPath, {.name = appNodeName,
+                     .description = u"Virtual Deck"_s,
+                     .channels = 2,
+                     .sampleRate = sampleRate,
+                     .clock = VirtualDevice::Options::Clock::borrowed,
+                     .properties = {{u"media.class"_s, u"Stream/Output/Audio"_s}},
+                     .clientProperties = {{u"application.id"_s, QLatin1StringView(appIdentifier)},
+                                          {u"application.name"_s, u"Virtual Deck"_s}},
+                     .render = playsTheSet()});
+    if (!stream) {
+        return Terminal::fail(errorText(stream.error()));
+    }
+    Terminal::print(u"ready"_s);
+    for (;;) {
+        ::pause();
+    }
 }
 
 }  // namespace vantiro

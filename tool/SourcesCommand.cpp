@@ -6,6 +6,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 
 namespace vantiro {
 
@@ -18,6 +19,30 @@ namespace {
                  QString::number(device.inputChannels),
                  device.inputChannels == 1 ? QStringLiteral("channel") : QStringLiteral("channels"),
                  QString::number(device.sampleRate), device.inputTerminal, device.uid);
+    }
+
+    QString line(const AudioProcess& process)
+    {
+        return QStringLiteral("- %1\n    program, process %2, %3\n    --app %4")
+            .arg(process.name)
+            .arg(process.pid)
+            .arg(process.isPlaying ? QStringLiteral("playing") : QStringLiteral("quiet"),
+                 process.bundleID.value_or(QString::number(process.pid)));
+    }
+
+    QByteArray asJson(const std::vector<AudioDevice>& devices, const std::vector<AudioProcess>& processes)
+    {
+        QJsonArray deviceArray;
+        for (const AudioDevice& device : devices) {
+            deviceArray.append(device.toJson());
+        }
+        QJsonArray processArray;
+        for (const AudioProcess& process : processes) {
+            processArray.append(process.toJson());
+        }
+        return QJsonDocument(QJsonObject{{QStringLiteral("devices"), deviceArray},
+                                         {QStringLiteral("programs"), processArray}})
+            .toJson();
     }
 
 }  // namespace
@@ -34,21 +59,22 @@ int sourcesCommand(const QStringList& words)
             QStringLiteral("PipeWire is not running, so there is no audio to record. Start it and try again."));
     }
     const std::vector<AudioDevice> devices = inputDevices(*platform.audio);
+    const std::vector<AudioProcess> processes = platform.audio->processes();
     if (arguments->has(QStringLiteral("--json"))) {
-        QJsonArray array;
-        for (const AudioDevice& device : devices) {
-            array.append(device.toJson());
-        }
-        Terminal::printJson(QJsonDocument(array).toJson());
+        Terminal::printJson(asJson(devices, processes));
         return Terminal::done;
     }
-    if (devices.empty()) {
-        Terminal::print(QStringLiteral("Nothing to record from. Connect an audio interface, a mixer or a controller."));
+    if (devices.empty() && processes.empty()) {
+        Terminal::print(QStringLiteral(
+            "Nothing to record from. Connect an audio interface, a mixer or a controller, or start a DJ app."));
         return Terminal::done;
     }
     const std::optional<QString> defaultUID = platform.audio->defaultInputUID();
     for (const AudioDevice& device : devices) {
         Terminal::print(line(device, device.uid == defaultUID));
+    }
+    for (const AudioProcess& process : processes) {
+        Terminal::print(line(process));
     }
     return Terminal::done;
 }
