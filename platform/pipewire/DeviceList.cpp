@@ -6,6 +6,7 @@
 #include <QHash>
 
 #include <array>
+#include <ranges>
 
 namespace vantiro::DeviceList {
 
@@ -158,7 +159,8 @@ namespace {
 QString cleanText(const QString& text)
 {
     QString clean;
-    for (const char32_t character : text.left(longestText).toUcs4()) {
+    // Cut between characters: half of one would be shown as a wrong one.
+    for (const char32_t character : text.left(2 * longestText).toUcs4() | std::views::take(longestText)) {
         if (QChar::isPrint(character)) {
             clean += QString::fromUcs4(&character, 1);
         }

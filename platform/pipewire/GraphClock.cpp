@@ -64,7 +64,11 @@ std::int64_t GraphClock::admittedLoss(const CycleClock& cycle) noexcept
     if (quantumChanged && std::abs(jump) < longest) {
         return 0;
     }
-    return jump < 0 && cycle.linksChanged ? 0 : jump;
+    if (jump < 0 && cycle.linksChanged) {
+        return 0;
+    }
+    // Never back beyond the beginning: how far a driver went back says nothing, since nothing of ours is lost by it.
+    return std::max(jump, -m_nextTime);
 }
 
 std::int64_t GraphClock::hiddenLoss(const CycleClock& cycle) noexcept

@@ -22,7 +22,7 @@ struct CycleClock {
 /// a late wake-up explains. Belongs to the audio thread.
 class GraphClock {
 public:
-    /// Sample time of the cycle's first frame; the first cycle starts at 0. RT safe.
+    /// Sample time of the cycle's first frame; the first cycle starts at 0, and none before it. RT safe.
     double advance(const CycleClock& cycle) noexcept;
 
 private:

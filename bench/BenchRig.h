@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/foundation/Result.h"
+#include "platform/rig/PrivateGraph.h"
+#include "platform/rig/VirtualDevice.h"
+
+#include <QString>
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace vantiro {
+
+/// A private graph and folders of its own for everything that a recorder keeps. While it lives, this process and those
+/// that it starts see nothing else.
+class BenchRig {
+public:
+    static constexpr auto deviceName = "bench.card";
+    static constexpr int sampleRate = 48000;
+
+    [[nodiscard]] static Result<std::unique_ptr<BenchRig>> make();
+
+    /// A stereo interface that plays what `render` writes, 256 frames a cycle.
+    [[nodiscard]] Result<std::unique_ptr<VirtualDevice>> makeDevice(VirtualDeviceOptions::Render render) const;
+
+    /// A path in the rig's folder.
+    [[nodiscard]] QString path(const QString& name) const { return m_folder.filePath(name); }
+
+private:
+    BenchRig() = default;
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<PrivateGraph> m_graph;
+};
+
+}  // namespace vantiro
