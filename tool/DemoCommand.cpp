@@ -64,9 +64,9 @@ namespace {
     QString progress(const RecorderState& state)
     {
         const CaptureStats stats = state.stats.value_or(CaptureStats{});
-        return u"  %1  %2 frames, peak %3 dB, %4 gaps"_s
-            .arg(Terminal::clockText(stats.seconds()), Terminal::grouped(stats.frames),
-                 QString::number(double(stats.peakDB()), 'f', 1), QString::number(stats.discontinuities));
+        return u"  %1  %2 frames, peak %3 dB, %4 gaps"_s.arg(Terminal::clockText(stats.seconds()),
+            Terminal::grouped(stats.frames), QString::number(double(stats.peakDB()), 'f', 1),
+            QString::number(stats.discontinuities));
     }
 
     /// Watches the take until it is so long; false if it ended, or somebody wants to stop.
@@ -95,8 +95,8 @@ namespace {
                 QString::fromUtf8(files::read(VantiroPaths::recorderLog()).value_or(QByteArray())).trimmed()));
         }
         Terminal::print(u"Recording %1 (recorder %2, started by %3)."_s.arg(state->deviceName)
-                            .arg(state->pid)
-                            .arg(starter.processId()));
+                .arg(state->pid)
+                .arg(starter.processId()));
         const bool half = watchUntil(seconds / 2, signals);
         starter.kill();
         starter.waitForFinished();
@@ -114,10 +114,12 @@ namespace {
             return Terminal::fail(errorText(proof.error()));
         }
         if (proof->differing > 0 || proof->frames != last.stats->frames) {
-            return Terminal::fail(u"%1 of %2 frames are not what was played"_s.arg(proof->differing).arg(proof->frames));
+            return Terminal::fail(
+                u"%1 of %2 frames are not what was played"_s.arg(proof->differing).arg(proof->frames));
         }
-        Terminal::print(u"  Proof    all %1 frames are, bit by bit, what the interface played from second %2 of the set"_s
-                            .arg(Terminal::grouped(proof->frames), QString::number(proof->setSeconds, 'f', 3)));
+        Terminal::print(
+            u"  Proof    all %1 frames are, bit by bit, what the interface played from second %2 of the set"_s.arg(
+                Terminal::grouped(proof->frames), QString::number(proof->setSeconds, 'f', 3)));
         return Terminal::done;
     }
 

@@ -30,16 +30,15 @@ Result<std::unique_ptr<DemoRig>> DemoRig::make()
     rig->m_graph = *std::move(graph);
     rig->m_graph->applyEnvironment();
 
-    auto interface = VirtualDevice::make(
-        rig->m_graph->socketPath(),
+    auto interface = VirtualDevice::make(rig->m_graph->socketPath(),
         {.name = QLatin1StringView(interfaceName),
-         .description = u"Virtual Interface"_s,
-         .channels = 2,
-         .sampleRate = sampleRate,
-         .properties = {{u"device.bus"_s, u"usb"_s}},
-         .render = [set = MadeSet(sampleRate)](std::span<float* const> channels, int frames, std::int64_t position) {
-             set.render(channels, frames, position);
-         }});
+            .description = u"Virtual Interface"_s,
+            .channels = 2,
+            .sampleRate = sampleRate,
+            .properties = {{u"device.bus"_s, u"usb"_s}},
+            .render = [set = MadeSet(sampleRate)](std::span<float* const> channels, int frames, std::int64_t position) {
+                set.render(channels, frames, position);
+            }});
     if (!interface) {
         return std::unexpected(interface.error());
     }

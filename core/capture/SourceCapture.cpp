@@ -10,10 +10,10 @@ Result<std::unique_ptr<SourceCapture>> SourceCapture::open(
         return captureFailure(QStringLiteral("%1 is not running").arg(options.source.id));
     }
     auto capture = Capture::open({.deviceUID = options.source.id,
-                                  .channels = options.channels,
-                                  .filePath = options.filePath,
-                                  .format = options.format},
-                                 audio, storage);
+                                     .channels = options.channels,
+                                     .filePath = options.filePath,
+                                     .format = options.format},
+        audio, storage);
     if (!capture) {
         return std::unexpected(capture.error());
     }
@@ -23,8 +23,7 @@ Result<std::unique_ptr<SourceCapture>> SourceCapture::open(
 SourceCapture::SourceCapture(std::unique_ptr<Capture> capture)
     : m_capture(std::move(capture))
     , m_name(m_capture->device().name)
-{
-}
+{ }
 
 CaptureStats SourceCapture::stop()
 {
