@@ -47,14 +47,13 @@ namespace {
 
 QStringList accountText(const RecorderState& state)
 {
-    QStringList lines{
-        row(QStringLiteral("Take"), state.path),
+    QStringList lines{row(QStringLiteral("Take"), state.path),
         row(QStringLiteral("Source"), QStringLiteral("%1, %2").arg(state.deviceName, channelText(state.channels)))};
     if (const auto& stats = state.stats) {
         lines << row(QStringLiteral("Length"),
-                     QStringLiteral("%1 (%2 frames at %3 Hz)")
-                         .arg(Terminal::clockText(stats->seconds()), Terminal::grouped(stats->frames))
-                         .arg(stats->sampleRate))
+            QStringLiteral("%1 (%2 frames at %3 Hz)")
+                .arg(Terminal::clockText(stats->seconds()), Terminal::grouped(stats->frames))
+                .arg(stats->sampleRate))
               << row(QStringLiteral("Peak"), QStringLiteral("%1 dB").arg(double(stats->peakDB()), 0, 'f', 1))
               << row(QStringLiteral("Gaps"), gapText(*stats)) << row(QStringLiteral("Disk"), diskText(*stats))
               << row(QStringLiteral("Clock"),

@@ -37,7 +37,8 @@ namespace {
             return captureFailure(QStringLiteral("%1 cannot be read: %2").arg(path, file.errorString()));
         }
         const QByteArray start = file.read(TakeHeader::size);
-        const auto header = TakeHeader::parse(std::as_bytes(std::span(start.constData(), static_cast<std::size_t>(start.size()))));
+        const auto header =
+            TakeHeader::parse(std::as_bytes(std::span(start.constData(), static_cast<std::size_t>(start.size()))));
         if (!header || header->shape().channels != 2) {
             return captureFailure(QStringLiteral("%1 is no stereo take").arg(path));
         }
@@ -55,7 +56,7 @@ namespace {
     {
         const std::array<float, 2> samples = set.frame(position);
         return {static_cast<std::int32_t>(std::lrint(samples[0] * fullScale)),
-                static_cast<std::int32_t>(std::lrint(samples[1] * fullScale))};
+            static_cast<std::int32_t>(std::lrint(samples[1] * fullScale))};
     }
 
 }  // namespace

@@ -7,7 +7,8 @@ namespace vantiro {
 
 QString generalHelp()
 {
-    return QStringLiteral(R"(vantiro records DJ sets: a whole night as one file, a take, that stays whole whatever happens.
+    return QStringLiteral(
+        R"(vantiro records DJ sets: a whole night as one file, a take, that stays whole whatever happens.
 
   vantiro record --device UID   record a device until Ctrl-C, with a live meter
   vantiro record --app ID       record what a program plays

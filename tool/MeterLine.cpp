@@ -44,12 +44,11 @@ QString MeterLine::next(std::pair<float, float> peaks, double seconds, std::opti
     m_right = std::max(peaks.second, m_right * fall);
     m_hold = std::max({m_hold, peaks.first, peaks.second});
     m_clipped = m_clipped || m_hold >= clipMagnitude;
-    const QString room = freeBytes && m_bytesPerSecond > 0
-        ? roomText(static_cast<double>(*freeBytes) / m_bytesPerSecond)
-        : QString();
+    const QString room =
+        freeBytes && m_bytesPerSecond > 0 ? roomText(static_cast<double>(*freeBytes) / m_bytesPerSecond) : QString();
     return QStringLiteral("REC %1  L %2 R %3  %4 dB  peak %5 dB  %6 %7")
         .arg(Terminal::clockText(seconds), bar(m_left), bar(m_right), level(std::max(m_left, m_right)), level(m_hold),
-             m_clipped ? QStringLiteral("CLIP") : QStringLiteral("    "), room);
+            m_clipped ? QStringLiteral("CLIP") : QStringLiteral("    "), room);
 }
 
 }  // namespace vantiro

@@ -21,7 +21,7 @@ public:
 
 private:
     double m_bytesPerSecond;
-    float m_left = 0;   ///< The bars fall slowly, so that a beat can be seen.
+    float m_left = 0;  ///< The bars fall slowly, so that a beat can be seen.
     float m_right = 0;
     float m_hold = 0;
     bool m_clipped = false;

@@ -48,9 +48,9 @@ namespace {
 
     Result<Wanted> parse(const QStringList& words)
     {
-        const auto arguments = Arguments::parse(
-            words, {u"--device"_s, u"--app"_s, u"--channels"_s, u"--format"_s, u"--out"_s},
-            {u"--detached"_s, u"--force"_s, u"--json"_s});
+        const auto arguments =
+            Arguments::parse(words, {u"--device"_s, u"--app"_s, u"--channels"_s, u"--format"_s, u"--out"_s},
+                {u"--detached"_s, u"--force"_s, u"--json"_s});
         if (!arguments) {
             return std::unexpected(arguments.error());
         }
@@ -83,8 +83,7 @@ namespace {
             wanted.request.output = QFileInfo(*out).absoluteFilePath();
         }
         const bool refuse = wanted.manner == Manner::foreground && !arguments->has(u"--force"_s);
-        wanted.request.existing =
-            refuse ? TakeRecorder::ExistingFile::refuse : TakeRecorder::ExistingFile::rename;
+        wanted.request.existing = refuse ? TakeRecorder::ExistingFile::refuse : TakeRecorder::ExistingFile::rename;
         return wanted;
     }
 
@@ -136,7 +135,7 @@ namespace {
                 return *ending;
             }
             Terminal::rewriteLine(meter.next(capture.takeChannelPeaks(), capture.stats().seconds(),
-                                             posixTakeStorage().freeBytesAt(recorder.state().path)));
+                posixTakeStorage().freeBytesAt(recorder.state().path)));
         }
         return TakeEnding::stopped;
     }
@@ -150,9 +149,9 @@ namespace {
                 Terminal::print(line);
             }
         }
-        if (const QString sentence = account.isWhole() ? endingSentence(account)
-                                                       : endingSentence({.state = account.state,
-                                                                         .ending = TakeEnding::writeFailed});
+        if (const QString sentence = account.isWhole()
+                ? endingSentence(account)
+                : endingSentence({.state = account.state, .ending = TakeEnding::writeFailed});
             !sentence.isEmpty()) {
             logLine(sentence);
         }

@@ -16,9 +16,9 @@ namespace {
     {
         return QStringLiteral("%1 %2\n    %3, %4 %5 at %6 Hz, terminal %7\n    --device %8")
             .arg(isDefault ? QStringLiteral("*") : QStringLiteral("-"), device.name, device.transport,
-                 QString::number(device.inputChannels),
-                 device.inputChannels == 1 ? QStringLiteral("channel") : QStringLiteral("channels"),
-                 QString::number(device.sampleRate), device.inputTerminal, device.uid);
+                QString::number(device.inputChannels),
+                device.inputChannels == 1 ? QStringLiteral("channel") : QStringLiteral("channels"),
+                QString::number(device.sampleRate), device.inputTerminal, device.uid);
     }
 
     QString line(const AudioProcess& process)

@@ -59,7 +59,7 @@ QString clockText(double seconds)
 {
     const auto whole = static_cast<qint64>(seconds);
     return QString::asprintf("%lld:%02lld:%02lld", static_cast<long long>(whole / 3600),
-                             static_cast<long long>(whole / 60 % 60), static_cast<long long>(whole % 60));
+        static_cast<long long>(whole / 60 % 60), static_cast<long long>(whole % 60));
 }
 
 QString grouped(qint64 number)

@@ -22,8 +22,10 @@ int main(int argc, char* argv[])
         return Terminal::done;
     }
     const QHash<QString, int (*)(const QStringList&)> commands{
-        {QStringLiteral("record"), recordCommand}, {QStringLiteral("status"), statusCommand},
-        {QStringLiteral("stop"), stopCommand},     {QStringLiteral("sources"), sourcesCommand},
+        {QStringLiteral("record"), recordCommand},
+        {QStringLiteral("status"), statusCommand},
+        {QStringLiteral("stop"), stopCommand},
+        {QStringLiteral("sources"), sourcesCommand},
         {QStringLiteral("demo"), demoCommand},
     };
     const auto command = commands.value(name, nullptr);

@@ -30,15 +30,14 @@ namespace {
             *wanted, [available](std::int64_t channel) { return channel >= 1 && channel <= available; });
         if (wanted->empty() || !inRange) {
             return captureFailure(QStringLiteral("%1 has input channels 1 to %2, asked for %3")
-                                      .arg(name, QString::number(available), listed(*wanted)));
+                    .arg(name, QString::number(available), listed(*wanted)));
         }
         return *wanted;
     }
 
 }  // namespace
 
-Result<std::unique_ptr<Capture>> Capture::open(
-    const Options& options, AudioPlatform& audio, TakeStorage& storage)
+Result<std::unique_ptr<Capture>> Capture::open(const Options& options, AudioPlatform& audio, TakeStorage& storage)
 {
     const std::optional<AudioDevice> device = audio.device(options.deviceUID);
     if (!device) {
@@ -58,14 +57,13 @@ Result<std::unique_ptr<Capture>> Capture::open(
     if (!stream) {
         return captureFailure(QStringLiteral("cannot create the IOProc: %1").arg(stream.error()));
     }
-    std::unique_ptr<Capture> capture(
-        new Capture(*device, *std::move(channels), buffers, *std::move(stream)));
+    std::unique_ptr<Capture> capture(new Capture(*device, *std::move(channels), buffers, *std::move(stream)));
     if (options.filePath) {
         auto writer = TakeWriter::create({.path = *options.filePath,
-                                          .format = options.format,
-                                          .sampleRate = capture->m_sampleRate,
-                                          .channels = static_cast<int>(capture->m_channels.size())},
-                                         storage);
+                                             .format = options.format,
+                                             .sampleRate = capture->m_sampleRate,
+                                             .channels = static_cast<int>(capture->m_channels.size())},
+            storage);
         if (!writer) {
             return std::unexpected(writer.error());
         }
@@ -77,14 +75,13 @@ Result<std::unique_ptr<Capture>> Capture::open(
 }
 
 Capture::Capture(AudioDevice device, std::vector<std::int64_t> channels,
-                 const std::vector<std::int64_t>& bufferChannels, std::unique_ptr<CaptureStream> stream)
+    const std::vector<std::int64_t>& bufferChannels, std::unique_ptr<CaptureStream> stream)
     : m_device(std::move(device))
     , m_channels(std::move(channels))
     , m_sampleRate(stream->sampleRate())
     , m_io(m_channels, bufferChannels)
     , m_stream(std::move(stream))
-{
-}
+{ }
 
 Capture::~Capture()
 {
@@ -96,8 +93,8 @@ Result<void> Capture::start()
     if (m_running) {
         return {};
     }
-    const int status = m_stream->start(
-        m_io, {.aliveChanged = [this] { checkAlive(); }, .rateChanged = [this] { checkRate(); }});
+    const int status =
+        m_stream->start(m_io, {.aliveChanged = [this] { checkAlive(); }, .rateChanged = [this] { checkRate(); }});
     if (status != 0) {
         return captureFailure(QStringLiteral("cannot start %1: %2").arg(m_device.name).arg(status));
     }

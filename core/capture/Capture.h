@@ -34,7 +34,8 @@ public:
     /// Opens the input, and makes the take file if one is wanted. May wait for the source's first cycle, 2 seconds at
     /// the most. Each failure is a CaptureError, and then no file stays behind:
     /// "device not connected: {uid}", "{name} has no input channels", "{name} has input channels 1 to {n}, asked for
-    /// [{list}]", "cannot create the IOProc: {errno}", "cannot create {path}: {errno}", and the sentence for a full disk.
+    /// [{list}]", "cannot create the IOProc: {errno}", "cannot create {path}: {errno}", and the sentence for a full
+    /// disk.
     [[nodiscard]] static Result<std::unique_ptr<Capture>> open(
         const Options& options, AudioPlatform& audio, TakeStorage& storage);
 
@@ -79,7 +80,7 @@ public:
 
 private:
     Capture(AudioDevice device, std::vector<std::int64_t> channels, const std::vector<std::int64_t>& bufferChannels,
-            std::unique_ptr<CaptureStream> stream);
+        std::unique_ptr<CaptureStream> stream);
 
     void checkAlive();
     void checkRate();

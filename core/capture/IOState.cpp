@@ -275,13 +275,34 @@ void IOState::checkClock(double sampleTime, std::int64_t count) noexcept
     m_expectedSampleTime = sampleTime + static_cast<double>(count);
 }
 
-std::int64_t IOState::framesBeforeLast() const noexcept { return get(m_framesBeforeLast); }
-std::int64_t IOState::discontinuities() const noexcept { return get(m_discontinuities); }
-std::int64_t IOState::lostFrames() const noexcept { return get(m_lostFrames); }
-std::int64_t IOState::overflowFrames() const noexcept { return get(m_overflowFrames); }
-std::int64_t IOState::writeErrors() const noexcept { return get(m_writeErrors); }
-std::int64_t IOState::droppedCallbacks() const noexcept { return get(m_droppedCallbacks); }
-bool IOState::clockChecked() const noexcept { return get(m_clockChecked); }
+std::int64_t IOState::framesBeforeLast() const noexcept
+{
+    return get(m_framesBeforeLast);
+}
+std::int64_t IOState::discontinuities() const noexcept
+{
+    return get(m_discontinuities);
+}
+std::int64_t IOState::lostFrames() const noexcept
+{
+    return get(m_lostFrames);
+}
+std::int64_t IOState::overflowFrames() const noexcept
+{
+    return get(m_overflowFrames);
+}
+std::int64_t IOState::writeErrors() const noexcept
+{
+    return get(m_writeErrors);
+}
+std::int64_t IOState::droppedCallbacks() const noexcept
+{
+    return get(m_droppedCallbacks);
+}
+bool IOState::clockChecked() const noexcept
+{
+    return get(m_clockChecked);
+}
 
 double IOState::hostSpan() const noexcept
 {

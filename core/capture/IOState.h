@@ -90,7 +90,7 @@ private:
     bool m_ended = false;  ///< The sink has closed the take: nothing that comes later belongs to it.
     std::vector<Route> m_routes;
     std::int64_t m_firstBufferChannels = 0;
-    std::vector<float> m_scratch;  ///< One interleaved chunk of the routed channels.
+    std::vector<float> m_scratch;      ///< One interleaved chunk of the routed channels.
     double m_expectedSampleTime = -1;  ///< Where the next block should begin; negative before the first.
     bool m_wasNegative = false;
     std::int64_t m_framesSinceCrossing = -1;  ///< The running gap; negative while none is counted.

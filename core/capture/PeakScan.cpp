@@ -27,7 +27,10 @@ namespace {
     }
 
     /// The larger of the two in each lane; `held` where `sample` is not a number.
-    Lanes larger(Lanes sample, Lanes held) noexcept { return sample > held ? sample : held; }
+    Lanes larger(Lanes sample, Lanes held) noexcept
+    {
+        return sample > held ? sample : held;
+    }
 
     struct EvenOdd {
         float even = 0;
@@ -76,8 +79,8 @@ ChannelPeaks scanPeaks(const float* interleaved, std::int64_t frames, std::int64
         return {.all = all, .first = peaks.even, .second = peaks.odd};
     }
     return {.all = all,
-            .first = scanChannel(interleaved, frames, channels),
-            .second = scanChannel(interleaved + 1, frames, channels)};
+        .first = scanChannel(interleaved, frames, channels),
+        .second = scanChannel(interleaved + 1, frames, channels)};
 }
 
 }  // namespace vantiro

@@ -16,8 +16,8 @@ struct AudioBuffer {
 /// What the audio thread receives at once. All it points to is valid during the call only.
 struct AudioBlock {
     std::span<const AudioBuffer> buffers;
-    std::optional<double> sampleTime;  ///< Frame number of the first frame on the source's own continuous clock.
-    std::uint64_t hostNanoseconds = 0; ///< CLOCK_MONOTONIC at the arrival of the block; never 0.
+    std::optional<double> sampleTime;   ///< Frame number of the first frame on the source's own continuous clock.
+    std::uint64_t hostNanoseconds = 0;  ///< CLOCK_MONOTONIC at the arrival of the block; never 0.
 };
 
 /// Receives blocks on the platform's audio thread, one call at a time.

@@ -35,8 +35,8 @@ namespace {
         if (const auto running = RecorderStateStore::running()) {
             return captureFailure(QStringLiteral("already recording: %1").arg(running->path));
         }
-        return captureFailure(QStringLiteral("another recorder is just starting or ending: %1 is taken")
-                                  .arg(VantiroPaths::lockFile()));
+        return captureFailure(
+            QStringLiteral("another recorder is just starting or ending: %1 is taken").arg(VantiroPaths::lockFile()));
     }
 
     /// Where the take goes, with its folder made.
@@ -79,11 +79,9 @@ Result<std::unique_ptr<TakeRecorder>> TakeRecorder::start(
         return std::unexpected(path.error());
     }
     repairFolder(QFileInfo(*path).path());
-    auto source = SourceCapture::open({.source = request.source,
-                                       .channels = request.channels,
-                                       .filePath = *path,
-                                       .format = request.format},
-                                      audio, storage);
+    auto source = SourceCapture::open(
+        {.source = request.source, .channels = request.channels, .filePath = *path, .format = request.format}, audio,
+        storage);
     if (!source) {
         return std::unexpected(source.error());
     }
@@ -106,8 +104,7 @@ TakeRecorder::TakeRecorder(
     , m_audio(*platform.audio)
     , m_power(platform.power)
     , m_source(std::move(source))
-{
-}
+{ }
 
 TakeRecorder::~TakeRecorder() = default;
 
@@ -141,13 +138,13 @@ Result<void> TakeRecorder::announce()
 {
     const Capture& capture = m_source->capture();
     m_state = RecorderState::started({.pid = ::getpid(),
-                                      .path = *capture.filePath(),
-                                      .deviceUID = m_request.source.descriptor(),
-                                      .deviceName = m_source->name(),
-                                      .channels = capture.channels(),
-                                      .format = m_request.format,
-                                      .startedAt = QDateTime::currentDateTimeUtc(),
-                                      .stats = capture.stats()});
+        .path = *capture.filePath(),
+        .deviceUID = m_request.source.descriptor(),
+        .deviceName = m_source->name(),
+        .channels = capture.channels(),
+        .format = m_request.format,
+        .startedAt = QDateTime::currentDateTimeUtc(),
+        .stats = capture.stats()});
     m_stateWritten = Clock::now();
     m_lastAudio = m_stateWritten;
     if (m_power) {
@@ -210,8 +207,7 @@ TakeRecorder::Account TakeRecorder::finish(TakeEnding ending)
     m_state.stats = m_source->stop();
     m_protection.reset();
     m_state.endedBecause = endedBecause(ending);
-    if (auto written =
-            RecorderStateStore::write(m_state, VantiroPaths::lastTakeFile(), files::Durability::lasting);
+    if (auto written = RecorderStateStore::write(m_state, VantiroPaths::lastTakeFile(), files::Durability::lasting);
         !written) {
         logLine(QStringLiteral("the last take's record could not be written: %1").arg(errorText(written.error())));
     }

@@ -66,7 +66,8 @@ std::optional<AudioProcess> AudioProcesses::withBundleID(
     const auto named = [&](const AudioProcess& process) {
         return process.bundleID && process.bundleID->compare(bundleID, Qt::CaseInsensitive) == 0;
     };
-    const auto sounding = first(processes, [&](const AudioProcess& process) { return process.isPlaying && named(process); });
+    const auto sounding =
+        first(processes, [&](const AudioProcess& process) { return process.isPlaying && named(process); });
     return sounding ? sounding : first(processes, named);
 }
 

@@ -51,8 +51,8 @@ namespace {
             return u"thunderbolt"_s;
         }
         const QString driver = property(node, card, u"alsa.driver_name"_s);
-        const bool onBoard = startsWithAny(driver, {"snd_hda_intel"_L1, "snd_soc_"_L1, "snd_sof"_L1, "sof-"_L1,
-                                                    "sof_"_L1, "snd_acp"_L1});
+        const bool onBoard = startsWithAny(
+            driver, {"snd_hda_intel"_L1, "snd_soc_"_L1, "snd_sof"_L1, "sof-"_L1, "sof_"_L1, "snd_acp"_L1});
         return onBoard ? u"built-in"_s : u"other"_s;
     }
 
@@ -88,7 +88,7 @@ namespace {
         }
         // Sound that is part of a small board hangs on no bus that has a name.
         return bus.isEmpty() && property(node, card, u"alsa.driver_name"_s).startsWith("snd_soc_"_L1) ? u"built-in"_s
-                                                                                                       : u"other"_s;
+                                                                                                      : u"other"_s;
     }
 
     QString terminalFromPortType(const QString& type)

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/pipewire/FilterStream.h"
 
+#include <pipewire/filter.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <thread>
 
-#include <pipewire/filter.h>
 #include <pthread.h>
 #include <sched.h>
 #include <time.h>
@@ -46,8 +47,7 @@ std::expected<std::unique_ptr<CaptureStream>, int> FilterStream::open(
     return stream;
 }
 
-FilterStream::FilterStream(
-    std::shared_ptr<GraphMirror> mirror, std::unique_ptr<LinkPlan> plan, const Options& options)
+FilterStream::FilterStream(std::shared_ptr<GraphMirror> mirror, std::unique_ptr<LinkPlan> plan, const Options& options)
     : m_mirror(std::move(mirror))
     , m_plan(std::move(plan))
     , m_sampleRate(options.nominalRate)
@@ -56,8 +56,7 @@ FilterStream::FilterStream(
     , m_links(*m_mirror)
     , m_buffers(options.sourceChannels)
     , m_silence(options.absence == Absence::silence ? longestCycle : 0)
-{
-}
+{ }
 
 FilterStream::~FilterStream()
 {
@@ -76,9 +75,9 @@ int FilterStream::connect(const Options& options)
     if (m_mirror->core() == nullptr || !m_plan->isAlive(m_mirror->current())) {
         return ENODEV;
     }
-    pw_properties* properties = pw_properties_new(
-        PW_KEY_NODE_NAME, options.nodeName.c_str(), PW_KEY_NODE_DESCRIPTION, "Vantiro", PW_KEY_MEDIA_TYPE, "Audio",
-        PW_KEY_MEDIA_CATEGORY, "Capture", PW_KEY_MEDIA_ROLE, "Production", nullptr);
+    pw_properties* properties =
+        pw_properties_new(PW_KEY_NODE_NAME, options.nodeName.c_str(), PW_KEY_NODE_DESCRIPTION, "Vantiro",
+            PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Capture", PW_KEY_MEDIA_ROLE, "Production", nullptr);
     if (options.forcedRate) {
         pw_properties_setf(properties, PW_KEY_NODE_FORCE_RATE, "%d", *options.forcedRate);
     }
@@ -103,9 +102,8 @@ int FilterStream::connect(const Options& options)
     for (const std::size_t channel : options.channels) {
         const std::string name = "input_" + std::to_string(channel + 1);
         void* port = pw_filter_add_port(m_filter, PW_DIRECTION_INPUT, PW_FILTER_PORT_FLAG_MAP_BUFFERS, 1,
-                                        pw_properties_new(PW_KEY_FORMAT_DSP, "32 bit float mono audio",
-                                                          PW_KEY_PORT_NAME, name.c_str(), nullptr),
-                                        nullptr, 0);
+            pw_properties_new(PW_KEY_FORMAT_DSP, "32 bit float mono audio", PW_KEY_PORT_NAME, name.c_str(), nullptr),
+            nullptr, 0);
         if (port == nullptr) {
             return errno;
         }
@@ -133,7 +131,7 @@ void FilterStream::waitForFirstCycle(std::optional<int> forcedRate)
             && (wanted == 0 || m_rate.load(std::memory_order_relaxed) == wanted || waited > forcedRateLimit);
     };
     for (auto waited = 0ns; waited < firstCycleLimit && isAlive() && !enough(waited);
-         waited = std::chrono::steady_clock::now() - start) {
+        waited = std::chrono::steady_clock::now() - start) {
         std::this_thread::sleep_for(firstCyclePause);
     }
     if (m_complete.load(std::memory_order_acquire)) {
@@ -191,8 +189,7 @@ QString FilterStream::schedulingNote() const
     spa_thread* thread = loop == nullptr ? nullptr : pw_data_loop_get_thread(loop);
     int policy = 0;
     sched_param parameters{};
-    if (thread == nullptr
-        || ::pthread_getschedparam(reinterpret_cast<pthread_t>(thread), &policy, &parameters) != 0) {
+    if (thread == nullptr || ::pthread_getschedparam(reinterpret_cast<pthread_t>(thread), &policy, &parameters) != 0) {
         return QStringLiteral("audio thread: scheduling unknown");
     }
     policy &= ~SCHED_RESET_ON_FORK;
@@ -237,7 +234,8 @@ std::vector<PortPair> FilterStream::wantedLinks(const GraphSnapshot& graph) cons
     for (const LinkPlan::Entry& entry : m_plan->entries(graph)) {
         const auto place = std::ranges::find(m_channels, entry.channel);
         if (place != m_channels.end()) {
-            wanted.push_back({.output = entry.outputPort, .input = own[static_cast<std::size_t>(place - m_channels.begin())].id});
+            wanted.push_back(
+                {.output = entry.outputPort, .input = own[static_cast<std::size_t>(place - m_channels.begin())].id});
         }
     }
     return wanted;
@@ -279,12 +277,12 @@ void FilterStream::process(const spa_io_position& position) noexcept
     }
     const bool audible = m_absence == Absence::missing ? complete || m_begun : delivered > 0;
     const double time = m_clock.advance({.clockId = clock.id,
-                                         .position = clock.position,
-                                         .duration = clock.duration,
-                                         .nanoseconds = clock.nsec,
-                                         .rate = clock.rate.denom,
-                                         .linked = audible,
-                                         .linksChanged = m_cyclesSinceLinkChange < cyclesNearLinkChange});
+        .position = clock.position,
+        .duration = clock.duration,
+        .nanoseconds = clock.nsec,
+        .rate = clock.rate.denom,
+        .linked = audible,
+        .linksChanged = m_cyclesSinceLinkChange < cyclesNearLinkChange});
     m_cyclesSinceLinkChange = std::min(m_cyclesSinceLinkChange + 1, cyclesNearLinkChange);
     if (complete) {
         m_rate.store(clock.rate.denom, std::memory_order_relaxed);
@@ -313,8 +311,7 @@ std::size_t FilterStream::collect(std::uint32_t frames) noexcept
             available = std::min<std::size_t>(frames, m_silence.size());
         }
         m_buffers[m_channels[index]] = {
-            .samples = samples,
-            .bytes = samples == nullptr ? 0 : static_cast<std::int64_t>(available * sizeof(float))};
+            .samples = samples, .bytes = samples == nullptr ? 0 : static_cast<std::int64_t>(available * sizeof(float))};
     }
     return delivered;
 }

@@ -28,11 +28,11 @@ public:
     };
 
     struct Options {
-        std::string nodeName;                ///< Begins with captureNodePrefix.
-        std::size_t sourceChannels = 0;      ///< Buffers of each block.
-        std::vector<std::size_t> channels;   ///< Those that are wanted, counted from 0.
-        double nominalRate = 0;              ///< Hz; counts if no cycle comes in time.
-        std::optional<int> forcedRate;       ///< Hz that the graph is asked to run at while we capture.
+        std::string nodeName;               ///< Begins with captureNodePrefix.
+        std::size_t sourceChannels = 0;     ///< Buffers of each block.
+        std::vector<std::size_t> channels;  ///< Those that are wanted, counted from 0.
+        double nominalRate = 0;             ///< Hz; counts if no cycle comes in time.
+        std::optional<int> forcedRate;      ///< Hz that the graph is asked to run at while we capture.
         Absence absence = Absence::missing;
     };
 
@@ -83,10 +83,10 @@ private:
     // Between the threads.
     std::atomic<bool> m_alive{true};
     std::atomic<AudioBlockHandler*> m_handler{nullptr};
-    std::atomic<std::uint32_t> m_rate{0};         ///< Hz of the latest cycle.
-    std::atomic<bool> m_complete{false};          ///< A cycle had a buffer at every port.
+    std::atomic<std::uint32_t> m_rate{0};  ///< Hz of the latest cycle.
+    std::atomic<bool> m_complete{false};   ///< A cycle had a buffer at every port.
     std::atomic<std::uint32_t> m_linkChanges{0};
-    std::atomic<bool> m_linked{false};            ///< Links are held, so buffers are due.
+    std::atomic<bool> m_linked{false};  ///< Links are held, so buffers are due.
 
     // The audio thread, and others only while no audio runs.
     std::vector<void*> m_ports;

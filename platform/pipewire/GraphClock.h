@@ -7,13 +7,13 @@ namespace vantiro {
 
 /// What the graph says of one cycle.
 struct CycleClock {
-    std::uint32_t clockId = 0;     ///< The driver whose clock this is.
-    std::uint64_t position = 0;    ///< First frame of the cycle on that clock.
-    std::uint64_t duration = 0;    ///< Frames in the cycle.
-    std::uint64_t nanoseconds = 0; ///< Start of the cycle on the monotonic clock.
-    std::uint32_t rate = 0;        ///< Hz.
-    bool linked = true;            ///< A source is connected, so a jump of the clock means lost audio.
-    bool linksChanged = false;     ///< A link came or went about now.
+    std::uint32_t clockId = 0;      ///< The driver whose clock this is.
+    std::uint64_t position = 0;     ///< First frame of the cycle on that clock.
+    std::uint64_t duration = 0;     ///< Frames in the cycle.
+    std::uint64_t nanoseconds = 0;  ///< Start of the cycle on the monotonic clock.
+    std::uint32_t rate = 0;         ///< Hz.
+    bool linked = true;             ///< A source is connected, so a jump of the clock means lost audio.
+    bool linksChanged = false;      ///< A link came or went about now.
 };
 
 /// Makes one continuous sample time out of the clocks of a graph, in which drivers, quantum and rate change at any

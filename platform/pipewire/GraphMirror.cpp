@@ -19,9 +19,8 @@ namespace {
     constexpr auto longestReconnect = 5000ms;
 
     /// Variables with which a user steers PipeWire's own tools. Here they would override what a take needs.
-    constexpr const char* overridingVariables[] = {
-        "PIPEWIRE_NODE", "PIPEWIRE_PROPS", "PIPEWIRE_LATENCY", "PIPEWIRE_RATE", "PIPEWIRE_QUANTUM",
-        "PIPEWIRE_AUTOCONNECT", "PIPEWIRE_CONFIG_NAME", "PIPEWIRE_CONFIG_PREFIX"};
+    constexpr const char* overridingVariables[] = {"PIPEWIRE_NODE", "PIPEWIRE_PROPS", "PIPEWIRE_LATENCY",
+        "PIPEWIRE_RATE", "PIPEWIRE_QUANTUM", "PIPEWIRE_AUTOCONNECT", "PIPEWIRE_CONFIG_NAME", "PIPEWIRE_CONFIG_PREFIX"};
 
     void initialiseOnce()
     {
@@ -42,7 +41,7 @@ namespace {
     timespec toTimespec(std::chrono::milliseconds span)
     {
         return {.tv_sec = static_cast<time_t>(span.count() / 1000),
-                .tv_nsec = static_cast<long>(span.count() % 1000 * 1'000'000)};
+            .tv_nsec = static_cast<long>(span.count() % 1000 * 1'000'000)};
     }
 
 }  // namespace
@@ -58,8 +57,8 @@ struct GraphMirrorEvents {
             mirror(data).coreFailed();
         }
     }
-    static void global(void* data, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
-                       const spa_dict* properties)
+    static void global(
+        void* data, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t, const spa_dict* properties)
     {
         if (properties != nullptr) {
             mirror(data).addGlobal(id, type, *properties);

@@ -3,14 +3,14 @@
 
 #include "platform/pipewire/GraphSnapshot.h"
 
+#include <pipewire/pipewire.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <vector>
-
-#include <pipewire/pipewire.h>
 
 namespace vantiro {
 

@@ -7,16 +7,16 @@
 #include <QJsonObject>
 #include <QSet>
 
-#include <array>
-#include <cstring>
-#include <utility>
-
 #include <pipewire/extensions/metadata.h>
 #include <spa/param/audio/format-utils.h>
 #include <spa/param/props.h>
 #include <spa/param/route.h>
 #include <spa/pod/iter.h>
 #include <spa/pod/parser.h>
+
+#include <array>
+#include <cstring>
+#include <utility>
 
 namespace vantiro {
 
@@ -39,8 +39,7 @@ namespace {
     public:
         Proxy(pw_registry* registry, std::uint32_t id, const char* type, std::uint32_t version)
             : m_proxy(static_cast<pw_proxy*>(pw_registry_bind(registry, id, type, version, 0)))
-        {
-        }
+        { }
         ~Proxy()
         {
             if (m_proxy != nullptr) {
@@ -117,7 +116,7 @@ namespace {
                 table.version = PW_VERSION_NODE_EVENTS;
                 table.info = [](void* data, const pw_node_info* info) { static_cast<NodeObject*>(data)->info(*info); };
                 table.param = [](void* data, int, std::uint32_t param, std::uint32_t index, std::uint32_t,
-                                 const spa_pod* pod) { static_cast<NodeObject*>(data)->param(param, index, pod); };
+                                  const spa_pod* pod) { static_cast<NodeObject*>(data)->param(param, index, pod); };
                 return table;
             }();
             m_proxy.listen(events, this);
@@ -219,7 +218,7 @@ namespace {
                     static_cast<CardObject*>(data)->info(*info);
                 };
                 table.param = [](void* data, int, std::uint32_t, std::uint32_t index, std::uint32_t,
-                                 const spa_pod* pod) { static_cast<CardObject*>(data)->route(index, pod); };
+                                  const spa_pod* pod) { static_cast<CardObject*>(data)->route(index, pod); };
                 return table;
             }();
             m_proxy.listen(events, this);
@@ -253,14 +252,13 @@ namespace {
             spa_pod* info = nullptr;
             if (pod == nullptr
                 || spa_pod_parse_object(pod, SPA_TYPE_OBJECT_ParamRoute, nullptr, SPA_PARAM_ROUTE_direction,
-                                        SPA_POD_Id(&direction), SPA_PARAM_ROUTE_device, SPA_POD_OPT_Int(&device),
-                                        SPA_PARAM_ROUTE_info, SPA_POD_OPT_Pod(&info))
-                       < 0) {
+                       SPA_POD_Id(&direction), SPA_PARAM_ROUTE_device, SPA_POD_OPT_Int(&device), SPA_PARAM_ROUTE_info,
+                       SPA_POD_OPT_Pod(&info))
+                    < 0) {
                 return;
             }
-            m_card.routes.push_back({.isInput = direction == SPA_DIRECTION_INPUT,
-                                     .profileDevice = device,
-                                     .portType = portType(info)});
+            m_card.routes.push_back(
+                {.isInput = direction == SPA_DIRECTION_INPUT, .profileDevice = device, .portType = portType(info)});
             m_mirror.markChanged();
         }
 
@@ -399,8 +397,7 @@ void merge(GraphProperties& properties, const spa_dict* dictionary)
 GraphObject::GraphObject(std::uint32_t id, const spa_dict& properties)
     : m_id(id)
     , m_serial(text(properties, PW_KEY_OBJECT_SERIAL).toULongLong())
-{
-}
+{ }
 
 std::unique_ptr<GraphObject> GraphObject::make(
     GraphMirror& mirror, pw_registry* registry, std::uint32_t id, const char* type, const spa_dict& properties)

@@ -3,9 +3,9 @@
 
 #include "platform/pipewire/GraphSnapshot.h"
 
-#include <memory>
-
 #include <pipewire/pipewire.h>
+
+#include <memory>
 
 namespace vantiro {
 

@@ -17,7 +17,7 @@ struct GraphNode {
     std::uint32_t id = 0;
     std::uint64_t serial = 0;  ///< Never used again, unlike the id.
     GraphProperties properties;
-    std::uint32_t inputPorts = 0;   ///< As many as the node promises; they appear one by one.
+    std::uint32_t inputPorts = 0;  ///< As many as the node promises; they appear one by one.
     std::uint32_t outputPorts = 0;
     bool running = false;
     std::optional<double> format;       ///< Rate in Hz that the hardware is set to.
@@ -69,7 +69,7 @@ struct GraphSnapshot {
     std::vector<GraphLink> links;
     std::vector<GraphCard> cards;
     std::vector<GraphClient> clients;
-    QString defaultSource;  ///< `node.name` of the default input; empty if there is none.
+    QString defaultSource;     ///< `node.name` of the default input; empty if there is none.
     double graphRate = 48000;  ///< Hz at which the graph runs when nobody asks for another rate.
     /// The last rate in Hz at which a node of that name ran while this process watched.
     QHash<QString, double> rememberedRates;

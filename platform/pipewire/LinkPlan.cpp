@@ -38,8 +38,7 @@ bool isUsedByOthers(const GraphSnapshot& graph, std::uint32_t node)
             return false;
         }
         const GraphNode* other = graph.nodeWithId(link.outputNode == node ? link.inputNode : link.outputNode);
-        return other == nullptr
-            || !other->properties.value(QStringLiteral("node.name")).startsWith(captureNodePrefix);
+        return other == nullptr || !other->properties.value(QStringLiteral("node.name")).startsWith(captureNodePrefix);
     });
 }
 

@@ -18,8 +18,8 @@ public:
             SPA_DICT_ITEM_INIT(PW_KEY_OBJECT_LINGER, "false"),
         };
         const spa_dict properties = SPA_DICT_INIT_ARRAY(items);
-        m_proxy = static_cast<pw_proxy*>(pw_core_create_object(
-            core, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, &properties, 0));
+        m_proxy = static_cast<pw_proxy*>(
+            pw_core_create_object(core, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, &properties, 0));
         if (m_proxy != nullptr) {
             static const pw_proxy_events events = [] {
                 pw_proxy_events table{};
@@ -60,11 +60,9 @@ LinkSet::~LinkSet()
 
 bool LinkSet::hold(const std::vector<PortPair>& wanted)
 {
-    bool changed = std::erase_if(m_links,
-                                 [&](const auto& entry) {
-                                     return entry.second->isGone() || std::ranges::find(wanted, entry.first) == wanted.end();
-                                 })
-        > 0;
+    bool changed = std::erase_if(m_links, [&](const auto& entry) {
+        return entry.second->isGone() || std::ranges::find(wanted, entry.first) == wanted.end();
+    }) > 0;
     for (const PortPair& ports : wanted) {
         if (m_links.contains(ports) || m_mirror.core() == nullptr) {
             continue;

@@ -80,8 +80,7 @@ ProgramLookup::ProgramLookup() : m_places{.applications = applicationFolders()} 
 
 ProgramLookup::ProgramLookup(Places places) : m_places(std::move(places)) { }
 
-std::optional<ProgramIdentity> ProgramLookup::identify(
-    const GraphProperties& client, const GraphProperties& node) const
+std::optional<ProgramIdentity> ProgramLookup::identify(const GraphProperties& client, const GraphProperties& node) const
 {
     ProgramIdentity program;
     program.pid = verifiedPid(client, node);
@@ -99,10 +98,9 @@ std::optional<ProgramIdentity> ProgramLookup::identify(
     }
     const QString ownName = program.pidIsVerified ? programName(program.pid) : QString();
 
-    for (const QString& candidate :
-         {claim(client, node, u"pipewire.access.portal.app_id"_s),
-          program.pidIsVerified ? desktopIdFromCgroup(program.pid) : QString(),
-          isApplicationId(claimedId) ? claimedId : QString(), ownName, binary, saidName}) {
+    for (const QString& candidate : {claim(client, node, u"pipewire.access.portal.app_id"_s),
+             program.pidIsVerified ? desktopIdFromCgroup(program.pid) : QString(),
+             isApplicationId(claimedId) ? claimedId : QString(), ownName, binary, saidName}) {
         if (!candidate.isEmpty()) {
             program.identifier = candidate;
             break;
@@ -199,8 +197,7 @@ QString ProgramLookup::desktopEntryName(const QString& id) const
 
 bool ProgramLookup::isApplicationId(const QString& id) const
 {
-    static const QRegularExpression reverseDns(
-        u"^[A-Za-z_][A-Za-z0-9_-]*(\\.[A-Za-z_][A-Za-z0-9_-]*){2,}$"_s);
+    static const QRegularExpression reverseDns(u"^[A-Za-z_][A-Za-z0-9_-]*(\\.[A-Za-z_][A-Za-z0-9_-]*){2,}$"_s);
     return !id.isEmpty() && (reverseDns.match(id).hasMatch() || !desktopEntryName(id).isEmpty());
 }
 

@@ -14,10 +14,10 @@ namespace vantiro {
 /// Who stands behind a client of the graph. What a client says of itself is a stranger's text and counts only where
 /// the system does not know better.
 struct ProgramIdentity {
-    QString identifier;         ///< The same at each start of the program; never empty.
-    QString name;               ///< As shown to the user; never empty.
-    std::int32_t pid = 0;       ///< 0 if nobody knows.
-    bool pidIsVerified = false; ///< The kernel vouches for the pid, and not the client alone.
+    QString identifier;          ///< The same at each start of the program; never empty.
+    QString name;                ///< As shown to the user; never empty.
+    std::int32_t pid = 0;        ///< 0 if nobody knows.
+    bool pidIsVerified = false;  ///< The kernel vouches for the pid, and not the client alone.
 
     /// Same program, same process.
     [[nodiscard]] bool isSameAs(const ProgramIdentity& other) const

@@ -78,8 +78,8 @@ std::vector<ProgramList::Program> ProgramList::programs(const GraphSnapshot& gra
         if (!identity) {
             continue;
         }
-        auto place = std::ranges::find_if(
-            found, [&](const Program& program) { return program.identity.isSameAs(*identity); });
+        auto place =
+            std::ranges::find_if(found, [&](const Program& program) { return program.identity.isSameAs(*identity); });
         if (place == found.end()) {
             place = found.insert(found.end(), Program{.identity = *identity, .nodes = {}});
         }

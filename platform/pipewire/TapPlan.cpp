@@ -45,8 +45,7 @@ TapPlan::TapPlan(std::shared_ptr<ProgramList> programs, ProgramIdentity program,
     , m_process(processDescriptor(m_program))
     , m_lastSeen(Clock::now())
     , m_made(m_lastSeen)
-{
-}
+{ }
 
 bool TapPlan::isAlive(const GraphSnapshot& graph) const
 {
@@ -68,8 +67,7 @@ std::vector<LinkPlan::Entry> TapPlan::entries(const GraphSnapshot& graph) const
 {
     const std::vector<std::uint32_t> nodes = m_programs->nodesOf(graph, m_program);
     const auto deviceNode = device(graph, nodes);
-    const std::vector<GraphPort> inputs =
-        deviceNode ? graph.audioPorts(*deviceNode, true) : std::vector<GraphPort>();
+    const std::vector<GraphPort> inputs = deviceNode ? graph.audioPorts(*deviceNode, true) : std::vector<GraphPort>();
     std::vector<Entry> found;
     for (const std::uint32_t node : nodes) {
         const std::vector<Entry> wanted = entriesOf(graph, node, inputs);
@@ -115,8 +113,7 @@ std::vector<LinkPlan::Entry> TapPlan::entriesOf(
     return memory.onDevice;
 }
 
-std::optional<std::uint32_t> TapPlan::device(
-    const GraphSnapshot& graph, const std::vector<std::uint32_t>& nodes) const
+std::optional<std::uint32_t> TapPlan::device(const GraphSnapshot& graph, const std::vector<std::uint32_t>& nodes) const
 {
     const std::vector<std::uint32_t> devices = outputDeviceNodes(graph, nodes);
     if (devices.empty()) {

@@ -45,7 +45,7 @@ private:
     std::size_t m_channels;
     FileDescriptor m_process;  ///< Readable once the process has ended.
     // The plan is asked again and again, on one thread, and remembers what it saw.
-    mutable std::uint64_t m_deviceSerial = 0;  ///< The device that counts, as long as the program plays to it.
+    mutable std::uint64_t m_deviceSerial = 0;         ///< The device that counts, as long as the program plays to it.
     mutable std::map<std::uint64_t, Memory> m_nodes;  ///< By serial.
     mutable Clock::time_point m_lastSeen;
     Clock::time_point m_made;

@@ -56,9 +56,8 @@ context.modules = [
             {QStringLiteral("monitor.channel-volumes"), true},
             {QStringLiteral("object.linger"), true},
             {QStringLiteral("adapter.auto-port-config"),
-             QJsonObject{{QStringLiteral("mode"), QStringLiteral("dsp")},
-                         {QStringLiteral("monitor"), true},
-                         {QStringLiteral("position"), QStringLiteral("preserve")}}},
+                QJsonObject{{QStringLiteral("mode"), QStringLiteral("dsp")}, {QStringLiteral("monitor"), true},
+                    {QStringLiteral("position"), QStringLiteral("preserve")}}},
         };
         return "    { factory = adapter args = " + QJsonDocument(arguments).toJson(QJsonDocument::Compact) + " }\n";
     }
@@ -78,11 +77,13 @@ QByteArray text(const PrivateGraphOptions& options)
 {
     QByteArray result = "context.properties = {\n"
                         "    core.daemon = true\n"
-                        "    core.name = " + socketName.toLatin1() + "\n"
-                        "    support.dbus = false\n"
-                        "    log.level = 2\n"
-                        "    mem.warn-mlock = false\n"
-                        "    clock.power-of-two-quantum = false\n";
+                        "    core.name = "
+        + socketName.toLatin1()
+        + "\n"
+          "    support.dbus = false\n"
+          "    log.level = 2\n"
+          "    mem.warn-mlock = false\n"
+          "    clock.power-of-two-quantum = false\n";
     result += "    default.clock.rate = " + QByteArray::number(options.defaultRate) + '\n';
     result += "    default.clock.allowed-rates = [ " + numbers(options.allowedRates) + "]\n";
     result += "    default.clock.quantum = " + QByteArray::number(options.quantum) + '\n';

@@ -73,9 +73,8 @@ pw_properties* makeProperties(const GraphConnection::Properties& pairs)
 
 GraphConnection::GraphConnection() = default;
 
-Result<std::unique_ptr<GraphConnection>> GraphConnection::open(const QString& socketPath,
-                                                               const Properties& clientProperties,
-                                                               std::chrono::milliseconds limit)
+Result<std::unique_ptr<GraphConnection>> GraphConnection::open(
+    const QString& socketPath, const Properties& clientProperties, std::chrono::milliseconds limit)
 {
     initialiseOnce();
     std::unique_ptr<GraphConnection> connection(new GraphConnection);

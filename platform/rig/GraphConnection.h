@@ -34,9 +34,8 @@ public:
     };
 
     /// Connects to the socket and waits for the daemon's first answer. A socket where nobody listens fails at once.
-    [[nodiscard]] static Result<std::unique_ptr<GraphConnection>> open(const QString& socketPath,
-                                                                       const Properties& clientProperties,
-                                                                       std::chrono::milliseconds limit);
+    [[nodiscard]] static Result<std::unique_ptr<GraphConnection>> open(
+        const QString& socketPath, const Properties& clientProperties, std::chrono::milliseconds limit);
     ~GraphConnection();
 
     GraphConnection(const GraphConnection&) = delete;

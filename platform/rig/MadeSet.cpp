@@ -17,11 +17,11 @@ namespace {
     constexpr int blendBars = 4;
 
     struct Track {
-        double start;                     ///< Seconds into the set.
+        double start;  ///< Seconds into the set.
         double beatsPerMinute;
-        double root;                      ///< Hz, of the bass.
-        std::array<int, 4> progression;   ///< Semitones above the root, a bar each.
-        std::array<int, 4> thirds;        ///< Semitones from each chord's root to its third.
+        double root;                     ///< Hz, of the bass.
+        std::array<int, 4> progression;  ///< Semitones above the root, a bar each.
+        std::array<int, 4> thirds;       ///< Semitones from each chord's root to its third.
         std::uint32_t seed;
     };
 
@@ -31,10 +31,18 @@ namespace {
     }
 
     constexpr std::array<Track, 2> tracks = {{
-        {.start = 0.0, .beatsPerMinute = 124.0, .root = 55.0, .progression = {0, 0, -4, -2}, .thirds = {3, 3, 4, 4},
-         .seed = 11},
-        {.start = (barsOfTrack - blendBars) * barSeconds(124.0), .beatsPerMinute = 128.0, .root = 65.41,
-         .progression = {0, -4, 3, -2}, .thirds = {3, 4, 4, 4}, .seed = 29},
+        {.start = 0.0,
+            .beatsPerMinute = 124.0,
+            .root = 55.0,
+            .progression = {0, 0, -4, -2},
+            .thirds = {3, 3, 4, 4},
+            .seed = 11},
+        {.start = (barsOfTrack - blendBars) * barSeconds(124.0),
+            .beatsPerMinute = 128.0,
+            .root = 65.41,
+            .progression = {0, -4, 3, -2},
+            .thirds = {3, 4, 4, 4},
+            .seed = 29},
     }};
     static_assert(tracks[1].start + barsOfTrack * barSeconds(128.0) <= MadeSet::lengthSeconds);
 
@@ -69,10 +77,10 @@ namespace {
     /// One instant of a track.
     struct Moment {
         std::int64_t frame;
-        double seconds;   ///< Since the track began.
-        double bar;       ///< Bars since the track began, with their fraction.
-        double beat;      ///< Fraction of the beat, 0 to 1.
-        double period;    ///< Of a beat, in seconds.
+        double seconds;  ///< Since the track began.
+        double bar;      ///< Bars since the track began, with their fraction.
+        double beat;     ///< Fraction of the beat, 0 to 1.
+        double period;   ///< Of a beat, in seconds.
         int barOfFour;
 
         [[nodiscard]] double sinceBeat() const { return beat * period; }
@@ -177,7 +185,7 @@ namespace {
         const double tone = 0.1 * std::sin(sweep) * progress;
         const double hiss = 0.3 * progress * progress;
         return {tone + hiss * (noise(at.frame, seed + 4) - 0.6 * noise(at.frame - 1, seed + 4)),
-                tone + hiss * (noise(at.frame, seed + 5) - 0.6 * noise(at.frame - 1, seed + 5))};
+            tone + hiss * (noise(at.frame, seed + 5) - 0.6 * noise(at.frame - 1, seed + 5))};
     }
 
     Stereo trackAt(const Track& track, std::int64_t frame, double setSeconds)
@@ -189,11 +197,11 @@ namespace {
         }
         const double beats = bar * 4.0;
         const Moment at{.frame = frame,
-                        .seconds = seconds,
-                        .bar = bar,
-                        .beat = beats - std::floor(beats),
-                        .period = 60.0 / track.beatsPerMinute,
-                        .barOfFour = static_cast<int>(bar) % 4};
+            .seconds = seconds,
+            .bar = bar,
+            .beat = beats - std::floor(beats),
+            .period = 60.0 / track.beatsPerMinute,
+            .barOfFour = static_cast<int>(bar) % 4};
         const bool isFirst = track.start <= 0.0;
         const bool isBreakdown = bar >= 12.0 && bar < 16.0;
         // The second track comes in without its kick, so that two tempos never beat against each other.

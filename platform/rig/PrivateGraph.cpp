@@ -54,7 +54,7 @@ namespace {
     };
 
     [[noreturn]] void runChild(const char* program, char* const* arguments, char* const* environment,
-                               const char* logPath, pid_t parent, int failurePipe)
+        const char* logPath, pid_t parent, int failurePipe)
     {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (::getppid() != parent) {
@@ -94,7 +94,7 @@ namespace {
         const pid_t child = ::fork();
         if (child == 0) {
             runChild(what.program.constData(), arguments.data(), environment.data(), what.logPath.constData(), parent,
-                     writeEnd.get());
+                writeEnd.get());
         }
         const int forkError = errno;
         writeEnd.reset();
@@ -155,9 +155,9 @@ struct PrivateGraph::Daemon {
             return written;
         }
         Launch what{.program = QFile::encodeName(program),
-                    .arguments = {"pipewire", "-c", QFile::encodeName(configuration)},
-                    .environment = daemonEnvironment(folder),
-                    .logPath = QFile::encodeName(path(QStringLiteral("pipewire.log")))};
+            .arguments = {"pipewire", "-c", QFile::encodeName(configuration)},
+            .environment = daemonEnvironment(folder),
+            .logPath = QFile::encodeName(path(QStringLiteral("pipewire.log")))};
         const Result<pid_t> child = launch(what);
         if (!child) {
             return std::unexpected(child.error());
@@ -218,7 +218,8 @@ struct PrivateGraph::Daemon {
         ::kill(pid, SIGCONT);
         if (!waitForEnd(endLimit)) {
             ::kill(pid, SIGKILL);
-            while (!waitForEnd(endLimit)) { }
+            while (!waitForEnd(endLimit)) {
+            }
         }
     }
 };
@@ -248,8 +249,8 @@ Result<std::unique_ptr<PrivateGraph>> PrivateGraph::start(const QString& folder,
 QList<PrivateGraph::Variable> PrivateGraph::environment() const
 {
     return {{QStringLiteral("PIPEWIRE_RUNTIME_DIR"), m_daemon->folder},
-            {QStringLiteral("XDG_RUNTIME_DIR"), m_daemon->folder},
-            {QStringLiteral("PIPEWIRE_REMOTE"), GraphConfiguration::socketName}};
+        {QStringLiteral("XDG_RUNTIME_DIR"), m_daemon->folder},
+        {QStringLiteral("PIPEWIRE_REMOTE"), GraphConfiguration::socketName}};
 }
 
 void PrivateGraph::applyEnvironment() const

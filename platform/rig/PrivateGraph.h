@@ -22,12 +22,12 @@ struct VirtualSink {
 
 /// What a private graph starts with.
 struct PrivateGraphOptions {
-    int defaultRate = 48000;                              ///< Hz.
-    QList<int> allowedRates = {44100, 48000, 96000};      ///< Hz; rates that the graph may switch to.
-    int quantum = 256;                                    ///< Frames a cycle that nobody asked to change.
-    int minQuantum = 32;                                  ///< Frames.
-    int maxQuantum = 2048;                                ///< Frames.
-    QList<VirtualSink> sinks = {};                        ///< Made with the daemon.
+    int defaultRate = 48000;                          ///< Hz.
+    QList<int> allowedRates = {44100, 48000, 96000};  ///< Hz; rates that the graph may switch to.
+    int quantum = 256;                                ///< Frames a cycle that nobody asked to change.
+    int minQuantum = 32;                              ///< Frames.
+    int maxQuantum = 2048;                            ///< Frames.
+    QList<VirtualSink> sinks = {};                    ///< Made with the daemon.
 };
 
 /// A PipeWire daemon of our own in a folder of its own: no session manager, no D-Bus, no sound card, and no way to the
@@ -41,8 +41,8 @@ public:
 
     /// Starts the daemon and returns once its socket answers, at most 10 seconds later. `folder` is made if it is
     /// missing (mode 0700), and must be short enough for a socket's path (about 90 bytes). It is left behind.
-    [[nodiscard]] static Result<std::unique_ptr<PrivateGraph>> start(const QString& folder,
-                                                                    const Options& options = {});
+    [[nodiscard]] static Result<std::unique_ptr<PrivateGraph>> start(
+        const QString& folder, const Options& options = {});
 
     /// Kills the daemon, reaps it.
     ~PrivateGraph();

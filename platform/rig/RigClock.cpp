@@ -23,11 +23,11 @@ std::int64_t RigClock::dueNsec() const noexcept
 RigClock::Cycle RigClock::advance() noexcept
 {
     Cycle cycle{.position = m_position,
-                .content = m_content,
-                .dueNsec = dueNsec(),
-                .nextNsec = 0,
-                .frames = m_quantum,
-                .rate = m_rate};
+        .content = m_content,
+        .dueNsec = dueNsec(),
+        .nextNsec = 0,
+        .frames = m_quantum,
+        .rate = m_rate};
     m_position += m_quantum;
     m_content += m_quantum;
     addTime(m_quantum);

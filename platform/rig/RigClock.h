@@ -16,7 +16,7 @@ public:
         std::int64_t dueNsec = 0;   ///< CLOCK_MONOTONIC.
         std::int64_t nextNsec = 0;  ///< When the following cycle is due.
         int frames = 0;
-        int rate = 0;               ///< Hz.
+        int rate = 0;  ///< Hz.
 
         bool operator==(const Cycle&) const = default;
     };

@@ -48,74 +48,78 @@ namespace {
 
 const spa_node_methods SourceNode::methods = {
     .version = SPA_VERSION_NODE_METHODS,
-    .add_listener = [](void* object, spa_hook* listener, const spa_node_events* events, void* data) {
-        return self(object)->addListener(listener, events, data);
-    },
-    .set_callbacks = [](void* object, const spa_node_callbacks* callbacks, void* data) {
-        self(object)->onData([&] { self(object)->m_callbacks = SPA_CALLBACKS_INIT(callbacks, data); });
-        return 0;
-    },
-    .sync = [](void* object, int sequence) {
-        spa_node_emit_result(&self(object)->m_hooks, sequence, 0, 0, nullptr);
-        return 0;
-    },
-    .enum_params = [](void* object, int sequence, std::uint32_t id, std::uint32_t start, std::uint32_t count,
-                      const spa_pod* filter) {
-        self(object)->emitParams(sequence, id, start, count, filter,
-                                 [object, id](std::uint32_t index, spa_pod_builder& builder) {
-                                     return index == 0 ? self(object)->nodeFormat(id, builder) : nullptr;
-                                 });
-        return 0;
-    },
+    .add_listener = [](void* object, spa_hook* listener, const spa_node_events* events,
+                        void* data) { return self(object)->addListener(listener, events, data); },
+    .set_callbacks =
+        [](void* object, const spa_node_callbacks* callbacks, void* data) {
+            self(object)->onData([&] { self(object)->m_callbacks = SPA_CALLBACKS_INIT(callbacks, data); });
+            return 0;
+        },
+    .sync =
+        [](void* object, int sequence) {
+            spa_node_emit_result(&self(object)->m_hooks, sequence, 0, 0, nullptr);
+            return 0;
+        },
+    .enum_params =
+        [](void* object, int sequence, std::uint32_t id, std::uint32_t start, std::uint32_t count,
+            const spa_pod* filter) {
+            self(object)->emitParams(
+                sequence, id, start, count, filter, [object, id](std::uint32_t index, spa_pod_builder& builder) {
+                    return index == 0 ? self(object)->nodeFormat(id, builder) : nullptr;
+                });
+            return 0;
+        },
     .set_param = [](void*, std::uint32_t, std::uint32_t, const spa_pod*) { return -ENOTSUP; },
-    .set_io = [](void* object, std::uint32_t id, void* area, std::size_t size) {
-        return self(object)->setIo(id, area, size);
-    },
+    .set_io = [](void* object, std::uint32_t id, void* area,
+                  std::size_t size) { return self(object)->setIo(id, area, size); },
     .send_command = [](void* object, const spa_command* command) { return self(object)->sendCommand(command); },
     .add_port = [](void*, spa_direction, std::uint32_t, const spa_dict*) { return -ENOTSUP; },
     .remove_port = [](void*, spa_direction, std::uint32_t) { return -ENOTSUP; },
-    .port_enum_params = [](void* object, int sequence, spa_direction direction, std::uint32_t port, std::uint32_t id,
-                           std::uint32_t start, std::uint32_t count, const spa_pod* filter) {
-        const SourcePort* found = self(object)->findPort(direction, port);
-        if (found == nullptr) {
-            return -EINVAL;
-        }
-        self(object)->emitParams(sequence, id, start, count, filter,
-                                 [found, id](std::uint32_t index, spa_pod_builder& builder) {
-                                     return found->param(id, index, builder);
-                                 });
-        return 0;
-    },
-    .port_set_param = [](void* object, spa_direction direction, std::uint32_t port, std::uint32_t id, std::uint32_t,
-                         const spa_pod* param) {
-        SourcePort* found = self(object)->findPort(direction, port);
-        return found != nullptr ? self(object)->portSetParam(*found, id, param) : -EINVAL;
-    },
-    .port_use_buffers = [](void* object, spa_direction direction, std::uint32_t port, std::uint32_t,
-                           spa_buffer** buffers, std::uint32_t count) {
-        SourcePort* found = self(object)->findPort(direction, port);
-        int result = -EINVAL;
-        if (found != nullptr) {
-            self(object)->onData([&] { result = found->useBuffers(buffers, count); });
-        }
-        return result;
-    },
-    .port_set_io = [](void* object, spa_direction direction, std::uint32_t port, std::uint32_t id, void* area,
-                      std::size_t size) {
-        SourcePort* found = self(object)->findPort(direction, port);
-        return found != nullptr ? self(object)->portSetIo(*found, id, area, size) : -EINVAL;
-    },
+    .port_enum_params =
+        [](void* object, int sequence, spa_direction direction, std::uint32_t port, std::uint32_t id,
+            std::uint32_t start, std::uint32_t count, const spa_pod* filter) {
+            const SourcePort* found = self(object)->findPort(direction, port);
+            if (found == nullptr) {
+                return -EINVAL;
+            }
+            self(object)->emitParams(
+                sequence, id, start, count, filter, [found, id](std::uint32_t index, spa_pod_builder& builder) {
+                    return found->param(id, index, builder);
+                });
+            return 0;
+        },
+    .port_set_param =
+        [](void* object, spa_direction direction, std::uint32_t port, std::uint32_t id, std::uint32_t,
+            const spa_pod* param) {
+            SourcePort* found = self(object)->findPort(direction, port);
+            return found != nullptr ? self(object)->portSetParam(*found, id, param) : -EINVAL;
+        },
+    .port_use_buffers =
+        [](void* object, spa_direction direction, std::uint32_t port, std::uint32_t, spa_buffer** buffers,
+            std::uint32_t count) {
+            SourcePort* found = self(object)->findPort(direction, port);
+            int result = -EINVAL;
+            if (found != nullptr) {
+                self(object)->onData([&] { result = found->useBuffers(buffers, count); });
+            }
+            return result;
+        },
+    .port_set_io =
+        [](void* object, spa_direction direction, std::uint32_t port, std::uint32_t id, void* area, std::size_t size) {
+            SourcePort* found = self(object)->findPort(direction, port);
+            return found != nullptr ? self(object)->portSetIo(*found, id, area, size) : -EINVAL;
+        },
     .port_reuse_buffer = [](void*, std::uint32_t, std::uint32_t) { return 0; },
     .process = [](void* object) { return self(object)->process(); },
 };
 
-SourceNode::SourceNode(pw_loop* dataLoop, const VirtualDeviceOptions& options) :
-    m_dataLoop(dataLoop),
-    m_hasOwnClock(options.clock == VirtualDeviceOptions::Clock::own),
-    m_sampleRate(options.sampleRate),
-    m_render(options.render),
-    m_clock(options.sampleRate, options.quantum),
-    m_unheard(static_cast<std::size_t>(maxCycleFrames) * static_cast<std::size_t>(options.channels))
+SourceNode::SourceNode(pw_loop* dataLoop, const VirtualDeviceOptions& options)
+    : m_dataLoop(dataLoop)
+    , m_hasOwnClock(options.clock == VirtualDeviceOptions::Clock::own)
+    , m_sampleRate(options.sampleRate)
+    , m_render(options.render)
+    , m_clock(options.sampleRate, options.quantum)
+    , m_unheard(static_cast<std::size_t>(maxCycleFrames) * static_cast<std::size_t>(options.channels))
 {
     spa_hook_list_init(&m_hooks);
     m_node.iface = SPA_INTERFACE_INIT(SPA_TYPE_INTERFACE_Node, SPA_VERSION_NODE, &methods, this);
@@ -123,13 +127,11 @@ SourceNode::SourceNode(pw_loop* dataLoop, const VirtualDeviceOptions& options) :
     m_params[1] = SPA_PARAM_INFO(SPA_PARAM_Format, SPA_PARAM_INFO_READ);
     const auto kind = isStream(options) ? SourcePort::Kind::stream : SourcePort::Kind::jack;
     for (int channel = 0; channel < options.channels; ++channel) {
-        m_ports.push_back(
-            std::make_unique<SourcePort>(static_cast<std::uint32_t>(channel), options.channels, kind));
+        m_ports.push_back(std::make_unique<SourcePort>(static_cast<std::uint32_t>(channel), options.channels, kind));
     }
     m_channels.resize(m_ports.size());
     onData([this] {
-        m_timer = pw_loop_add_timer(
-            m_dataLoop, [](void* object, std::uint64_t) { self(object)->tick(); }, this);
+        m_timer = pw_loop_add_timer(m_dataLoop, [](void* object, std::uint64_t) { self(object)->tick(); }, this);
     });
 }
 
@@ -177,8 +179,8 @@ void SourceNode::emitInfo()
 }
 
 template <class Build>
-void SourceNode::emitParams(int sequence, std::uint32_t id, std::uint32_t start, std::uint32_t count,
-                            const spa_pod* filter, Build&& build)
+void SourceNode::emitParams(
+    int sequence, std::uint32_t id, std::uint32_t start, std::uint32_t count, const spa_pod* filter, Build&& build)
 {
     std::uint32_t emitted = 0;
     for (std::uint32_t index = start; emitted < count; ++index) {

@@ -63,8 +63,8 @@ private:
     [[nodiscard]] SourcePort* findPort(spa_direction direction, std::uint32_t port);
     void emitInfo();
     template <class Build>
-    void emitParams(int sequence, std::uint32_t id, std::uint32_t start, std::uint32_t count, const spa_pod* filter,
-                    Build&& build);
+    void emitParams(
+        int sequence, std::uint32_t id, std::uint32_t start, std::uint32_t count, const spa_pod* filter, Build&& build);
     [[nodiscard]] spa_pod* nodeFormat(std::uint32_t id, spa_pod_builder& builder) const;
 
     void start();

@@ -30,11 +30,11 @@ QByteArray channelName(std::uint32_t index, int channels)
     return "AUX" + QByteArray::number(index);
 }
 
-SourcePort::SourcePort(std::uint32_t index, int channels, Kind kind) :
-    m_index(index),
-    m_name((kind == Kind::jack ? "capture_" : "output_") + channelName(index, channels)),
-    m_channel(channelName(index, channels)),
-    m_kind(kind)
+SourcePort::SourcePort(std::uint32_t index, int channels, Kind kind)
+    : m_index(index)
+    , m_name((kind == Kind::jack ? "capture_" : "output_") + channelName(index, channels))
+    , m_channel(channelName(index, channels))
+    , m_kind(kind)
 {
     m_params[0] = SPA_PARAM_INFO(SPA_PARAM_EnumFormat, SPA_PARAM_INFO_READ);
     m_params[1] = SPA_PARAM_INFO(SPA_PARAM_Format, SPA_PARAM_INFO_WRITE);
@@ -73,17 +73,14 @@ spa_pod* SourcePort::param(std::uint32_t id, std::uint32_t index, spa_pod_builde
         result = index == 0 ? spa_format_audio_dsp_build(&builder, id, &format) : nullptr;
     } else if (id == SPA_PARAM_Buffers && m_hasFormat && index == 0) {
         // Memory that PipeWire maps itself: the data pointer is there when the buffer comes.
-        result = spa_pod_builder_add_object(
-            &builder, SPA_TYPE_OBJECT_ParamBuffers, id,
-            SPA_PARAM_BUFFERS_buffers, SPA_POD_CHOICE_RANGE_Int(1, 1, maxBuffers),
-            SPA_PARAM_BUFFERS_blocks, SPA_POD_Int(1),
-            SPA_PARAM_BUFFERS_size, SPA_POD_Int(cycleBytes),
-            SPA_PARAM_BUFFERS_stride, SPA_POD_Int(static_cast<int>(sizeof(float))),
-            SPA_PARAM_BUFFERS_dataType, SPA_POD_CHOICE_FLAGS_Int(1 << SPA_DATA_MemPtr));
+        result = spa_pod_builder_add_object(&builder, SPA_TYPE_OBJECT_ParamBuffers, id, SPA_PARAM_BUFFERS_buffers,
+            SPA_POD_CHOICE_RANGE_Int(1, 1, maxBuffers), SPA_PARAM_BUFFERS_blocks, SPA_POD_Int(1),
+            SPA_PARAM_BUFFERS_size, SPA_POD_Int(cycleBytes), SPA_PARAM_BUFFERS_stride,
+            SPA_POD_Int(static_cast<int>(sizeof(float))), SPA_PARAM_BUFFERS_dataType,
+            SPA_POD_CHOICE_FLAGS_Int(1 << SPA_DATA_MemPtr));
     } else if (id == SPA_PARAM_IO && index == 0) {
-        result = spa_pod_builder_add_object(&builder, SPA_TYPE_OBJECT_ParamIO, id,
-                                            SPA_PARAM_IO_id, SPA_POD_Id(SPA_IO_Buffers),
-                                            SPA_PARAM_IO_size, SPA_POD_Int(static_cast<int>(sizeof(spa_io_buffers))));
+        result = spa_pod_builder_add_object(&builder, SPA_TYPE_OBJECT_ParamIO, id, SPA_PARAM_IO_id,
+            SPA_POD_Id(SPA_IO_Buffers), SPA_PARAM_IO_size, SPA_POD_Int(static_cast<int>(sizeof(spa_io_buffers))));
     }
     return static_cast<spa_pod*>(result);
 }
@@ -99,11 +96,10 @@ int SourcePort::setFormat(const spa_pod* format)
     }
     m_hasFormat = format != nullptr;
     // The toggled serial makes the graph read the values again.
-    m_params[1].flags = (m_params[1].flags ^ SPA_PARAM_INFO_SERIAL)
-        & (SPA_PARAM_INFO_SERIAL | SPA_PARAM_INFO_WRITE);
+    m_params[1].flags = (m_params[1].flags ^ SPA_PARAM_INFO_SERIAL) & (SPA_PARAM_INFO_SERIAL | SPA_PARAM_INFO_WRITE);
     m_params[1].flags |= m_hasFormat ? SPA_PARAM_INFO_READ : 0;
-    m_params[2].flags = ((m_params[2].flags ^ SPA_PARAM_INFO_SERIAL) & SPA_PARAM_INFO_SERIAL)
-        | (m_hasFormat ? SPA_PARAM_INFO_READ : 0);
+    m_params[2].flags =
+        ((m_params[2].flags ^ SPA_PARAM_INFO_SERIAL) & SPA_PARAM_INFO_SERIAL) | (m_hasFormat ? SPA_PARAM_INFO_READ : 0);
     return 0;
 }
 

@@ -22,7 +22,10 @@ inline constexpr int maxCycleFrames = 8192;
 class SourcePort {
 public:
     /// What the port tells of itself; true for a hardware-like jack.
-    enum class Kind { jack, stream };
+    enum class Kind {
+        jack,
+        stream
+    };
 
     SourcePort(std::uint32_t index, int channels, Kind kind);
 

@@ -20,9 +20,8 @@ namespace {
 
     bool isSane(const VirtualDeviceOptions& options)
     {
-        return !options.name.isEmpty() && options.channels >= 1 && options.channels <= 32
-            && options.sampleRate >= 8000 && options.sampleRate <= 192000 && options.quantum >= 16
-            && options.quantum <= maxCycleFrames;
+        return !options.name.isEmpty() && options.channels >= 1 && options.channels <= 32 && options.sampleRate >= 8000
+            && options.sampleRate <= 192000 && options.quantum >= 16 && options.quantum <= maxCycleFrames;
     }
 
     GraphConnection::Properties nodeProperties(const VirtualDeviceOptions& options)
@@ -31,7 +30,7 @@ namespace {
         GraphConnection::Properties result = {
             {QStringLiteral(PW_KEY_NODE_NAME), options.name},
             {QStringLiteral(PW_KEY_NODE_DESCRIPTION),
-             options.description.isEmpty() ? options.name : options.description},
+                options.description.isEmpty() ? options.name : options.description},
             {QStringLiteral(PW_KEY_MEDIA_CLASS), QStringLiteral("Audio/Source")},
             {QStringLiteral(PW_KEY_AUDIO_CHANNELS), QString::number(options.channels)},
         };
@@ -123,7 +122,7 @@ struct VirtualDevice::Private {
         }
         registryEvents.version = PW_VERSION_REGISTRY_EVENTS;
         registryEvents.global = [](void* self, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
-                                   const spa_dict* properties) {
+                                    const spa_dict* properties) {
             const char* owner = properties != nullptr ? spa_dict_lookup(properties, PW_KEY_NODE_ID) : nullptr;
             if (owner != nullptr && spa_streq(type, PW_TYPE_INTERFACE_Port)) {
                 static_cast<Private*>(self)->ports.emplace_back(

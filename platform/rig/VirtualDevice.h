@@ -25,17 +25,17 @@ struct VirtualDeviceOptions {
         borrowed,  ///< Is driven by what it is linked to, as a program's stream is.
     };
 
-    QString name = {};           ///< `node.name`.
-    QString description = {};    ///< `node.description`; the name if empty.
-    int channels = 2;            ///< 1 to 32.
-    int sampleRate = 48000;      ///< Hz, 8000 to 192000. A borrowed clock counts before it.
-    int quantum = 256;           ///< Frames a cycle, 16 to 8192. A borrowed clock counts before it.
+    QString name = {};         ///< `node.name`.
+    QString description = {};  ///< `node.description`; the name if empty.
+    int channels = 2;          ///< 1 to 32.
+    int sampleRate = 48000;    ///< Hz, 8000 to 192000. A borrowed clock counts before it.
+    int quantum = 256;         ///< Frames a cycle, 16 to 8192. A borrowed clock counts before it.
     Clock clock = Clock::own;
     /// Further node properties (`device.bus`, `media.class`, ...). They replace those made from the fields above.
     QList<std::pair<QString, QString>> properties = {};
     /// Properties of the client (`application.name`, ...).
     QList<std::pair<QString, QString>> clientProperties = {};
-    Render render = {};          ///< Silence without one.
+    Render render = {};  ///< Silence without one.
 };
 
 /// A virtual audio interface in the calling process: an `Audio/Source` node with one mono float port a channel, no

@@ -54,7 +54,7 @@ TEST_F(BadInputTest, IsRefusedWithOneSentenceAndLeavesNothing)
 {
     const auto card = device();
     const QString file = m_sandbox.path(u"file"_s);
-    m_sandbox.writeFile(file, "not a folder");
+    test::Sandbox::writeFile(file, "not a folder");
     struct Case {
         QStringList source;
         QString path;
@@ -189,10 +189,10 @@ TEST_F(BadInputTest, ARunningTakeIsNotDisturbed)
 TEST_F(BadInputTest, DamagedRecordsOfFormerTakesDoNotMatter)
 {
     const auto card = device();
-    m_sandbox.writeFile(VantiroPaths::stateFile(), "{\"pid\": 1, \"path\"");
-    m_sandbox.writeFile(VantiroPaths::lastTakeFile(), QByteArray(5000, '\xff'));
-    m_sandbox.writeFile(VantiroPaths::lockFile(), "garbage");
-    m_sandbox.writeFile(m_sandbox.path(u"takes/broken.caf"_s), "caff and then nothing");
+    test::Sandbox::writeFile(VantiroPaths::stateFile(), "{\"pid\": 1, \"path\"");
+    test::Sandbox::writeFile(VantiroPaths::lastTakeFile(), QByteArray(5000, '\xff'));
+    test::Sandbox::writeFile(VantiroPaths::lockFile(), "garbage");
+    test::Sandbox::writeFile(m_sandbox.path(u"takes/broken.caf"_s), "caff and then nothing");
     EXPECT_EQ(run({u"status"_s}).status, 1);
     recordBriefly(*card, takePath());
     EXPECT_EQ(test::Sandbox::readFile(m_sandbox.path(u"takes/broken.caf"_s)), "caff and then nothing");

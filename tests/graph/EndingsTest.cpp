@@ -12,7 +12,7 @@ namespace {
     using namespace Qt::StringLiterals;
     using namespace std::chrono_literals;
 
-    constexpr int quantum = 256;
+    constexpr std::int64_t quantum = 256;
 
     struct Ending : test::Row {
         std::function<void(test::Program& tool, VirtualDevice& card, PrivateGraph& graph)> happen;
@@ -34,7 +34,7 @@ namespace {
 
 TEST_P(EndingsTest, LeavesAWholeTakeAndTellsWhy)
 {
-    const auto card = device({.quantum = quantum});
+    const auto card = device({.quantum = int{quantum}});
     ASSERT_NE(card, nullptr);
     const auto tool = record(takePath());
     ASSERT_TRUE(tool->isRunning());

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/recorder/RecorderStateStore.h"
 #include "platform/pipewire/PipeWireAudio.h"
 #include "tests/graph/GraphTest.h"
 
@@ -7,7 +6,6 @@
 #include <QJsonDocument>
 
 #include <atomic>
-#include <csignal>
 #include <thread>
 
 namespace vantiro {
@@ -57,20 +55,20 @@ TEST_F(ToolTest, ShowsAndStopsTheRunningTake)
     const auto card = device({.description = u"Mixer"_s});
     for (const bool asJson : {false, true}) {
         const QStringList manner = asJson ? QStringList{u"--json"_s} : QStringList();
-        const auto tool = record(takePath());
+        const auto tool = record(takePath(), manner);
         ASSERT_TRUE(plays(*card, 0.8));
         const auto status = run(QStringList{u"status"_s} + manner);
         const auto stop = run(QStringList{u"stop"_s} + manner);
         EXPECT_FALSE(tool->isRunning()) << "stop came back before the take was closed";
-        EXPECT_EQ(tool->wait().status, 0);
+        const auto recorder = tool->wait();
         const RecorderState last = lastTake();
-        for (const auto& result : {status, stop}) {
+        for (const auto& result : {status, stop, recorder}) {
             EXPECT_EQ(result.status, 0);
-            EXPECT_EQ(result.errors, QString());
             EXPECT_TRUE(result.output.contains(takePath()));
             EXPECT_TRUE(result.output.contains(u"Mixer"_s));
         }
         if (asJson) {
+            EXPECT_EQ(stateIn(recorder.output), last);
             EXPECT_EQ(stateIn(stop.output), last);
             EXPECT_EQ(stateIn(status.output).pid, last.pid);
             EXPECT_LE(stateIn(status.output).stats->frames, last.stats->frames);
@@ -78,20 +76,6 @@ TEST_F(ToolTest, ShowsAndStopsTheRunningTake)
             EXPECT_TRUE(stop.output.contains(u"every frame is in the file"_s)) << qPrintable(stop.output);
         }
     }
-}
-
-TEST_F(ToolTest, InTheForegroundItPrintsTheAccountOfItsTake)
-{
-    const auto card = device();
-    const auto tool = launch({u"record"_s, u"--device"_s, u"card"_s, u"--out"_s, takePath(), u"--json"_s});
-    ASSERT_TRUE(test::waitFor([] { return RecorderStateStore::running().has_value(); }));
-    ASSERT_TRUE(plays(*card, 0.3));
-    tool->signal(SIGINT);
-    const auto result = tool->wait();
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.errors, QString());
-    EXPECT_EQ(stateIn(result.output), lastTake());
-    expectWhole(lastTake());
 }
 
 TEST_F(ToolTest, ListsWhatCanBeRecorded)

@@ -68,11 +68,11 @@ namespace {
             };
             pw_filter_add_listener(m_filter, &m_hook, &m_events, this);
             for (int channel = 0; channel < channels; ++channel) {
-                m_ports.push_back(pw_filter_add_port(
-                    m_filter, PW_DIRECTION_INPUT, PW_FILTER_PORT_FLAG_MAP_BUFFERS, sizeof(int),
-                    pw_properties_new(PW_KEY_FORMAT_DSP, "32 bit float mono audio", PW_KEY_PORT_NAME,
-                                      inputName(channel).c_str(), nullptr),
-                    nullptr, 0));
+                m_ports.push_back(
+                    pw_filter_add_port(m_filter, PW_DIRECTION_INPUT, PW_FILTER_PORT_FLAG_MAP_BUFFERS, sizeof(int),
+                        pw_properties_new(PW_KEY_FORMAT_DSP, "32 bit float mono audio", PW_KEY_PORT_NAME,
+                            inputName(channel).c_str(), nullptr),
+                        nullptr, 0));
             }
             pw_filter_connect(m_filter, PW_FILTER_FLAG_RT_PROCESS, nullptr, 0);
             pw_thread_loop_start(m_loop);
@@ -97,9 +97,8 @@ namespace {
         {
             locked([&] {
                 for (std::size_t port = 0; port < ports.size(); ++port) {
-                    pw_properties* properties = pw_properties_new(
-                        PW_KEY_LINK_OUTPUT_NODE, std::to_string(node).c_str(), PW_KEY_LINK_OUTPUT_PORT,
-                        ports[port].c_str(), PW_KEY_LINK_INPUT_NODE,
+                    pw_properties* properties = pw_properties_new(PW_KEY_LINK_OUTPUT_NODE, std::to_string(node).c_str(),
+                        PW_KEY_LINK_OUTPUT_PORT, ports[port].c_str(), PW_KEY_LINK_INPUT_NODE,
                         std::to_string(pw_filter_get_node_id(m_filter)).c_str(), PW_KEY_LINK_INPUT_PORT,
                         inputName(first + static_cast<int>(port)).c_str(), nullptr);
                     m_links.push_back(static_cast<pw_proxy*>(pw_core_create_object(
@@ -124,7 +123,7 @@ namespace {
             const float* data = m_samples[static_cast<std::size_t>(index)].data();
             std::vector<std::int32_t> result;
             std::transform(data, data + count, std::back_inserter(result),
-                           [](float value) { return static_cast<std::int32_t>(std::lrint(value * 8388608.0F)); });
+                [](float value) { return static_cast<std::int32_t>(std::lrint(value * 8388608.0F)); });
             return result;
         }
         [[nodiscard]] std::vector<Cycle> cycles() const
@@ -295,12 +294,12 @@ TEST_F(Rig, AFaultShowsOnceAndExactly)
         {"a backward jump", [](VirtualDevice& card) { card.jumpPosition(-300); }, {-300, 0, -300}},
         {"a loss that the position hides", [](VirtualDevice& card) { card.overrun(4800); }, {0, 4800, 4800}},
         {"a hang that delivers late",
-         [](VirtualDevice& card) {
-             card.hang();
-             std::this_thread::sleep_for(100ms);
-             card.resumeCycles(VirtualDevice::Resume::bursting);
-         },
-         {0, 0, 0}},
+            [](VirtualDevice& card) {
+                card.hang();
+                std::this_thread::sleep_for(100ms);
+                card.resumeCycles(VirtualDevice::Resume::bursting);
+            },
+            {0, 0, 0}},
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);
@@ -389,8 +388,8 @@ TEST_F(Rig, AProgramIsDrivenByTheInterfaceBesideIt)
 {
     auto card = device({.channels = 2});
     auto program = device({.name = QStringLiteral("rig.program"),
-                           .clock = VirtualDeviceOptions::Clock::borrowed,
-                           .properties = {{QStringLiteral("media.class"), QStringLiteral("Stream/Output/Audio")}}});
+        .clock = VirtualDeviceOptions::Clock::borrowed,
+        .properties = {{QStringLiteral("media.class"), QStringLiteral("Stream/Output/Audio")}}});
     ASSERT_TRUE(card && program);
     Listener listener(4);
     listener.link(card->nodeId(), portNames(2));
@@ -512,7 +511,7 @@ TEST(MadeSet, SoundsLikeAMixAtEveryRate)
             }
             const auto count = static_cast<double>(last - first);
             return std::array<double, 3>{10 * std::log10(energy / count), 10 * std::log10(sum / count),
-                                         20 * std::log10(static_cast<double>(peak))};
+                20 * std::log10(static_cast<double>(peak))};
         };
         const auto [loud, loudBass, peak] = rms(10.0, 20.0);
         EXPECT_NEAR(loud, -17.0, 2.0);
@@ -536,7 +535,7 @@ TEST(MadeSet, IsAFunctionOfTheFrame)
     const std::int64_t length = std::llround(MadeSet::lengthSeconds * 48000);
     for (int frame = 0; frame < 1000; ++frame) {
         ASSERT_EQ((std::array{left[static_cast<std::size_t>(frame)], right[static_cast<std::size_t>(frame)]}),
-                  set.frame(start + length + frame));
+            set.frame(start + length + frame));
     }
     EXPECT_NE(left, right);
     EXPECT_EQ(third, std::vector<float>(1000, 0.0F));
