@@ -73,8 +73,8 @@ namespace {
                 return std::unexpected(state.error());
             }
             Terminal::print(u"Recording %1 (recorder %2, started by %3)."_s.arg(state->deviceName)
-                                .arg(state->pid)
-                                .arg(take.starterPid()));
+                    .arg(state->pid)
+                    .arg(take.starterPid()));
         }
         if (auto watched = watchUntil(seconds / 2, takes, signals); !watched) {
             return watched;
@@ -124,10 +124,10 @@ namespace {
             return captureFailure(u"the private graph does not answer"_s);
         }
         const QString name = VantiroPaths::newTakeName(TakeFormat::caf);
-        Takes takes{DemoTake(SourceRef::device(QLatin1StringView(DemoRig::interfaceName)),
-                             (*rig)->dataHome(u"data"_s), QDir(folder).filePath(u"interface-"_s + name)),
-                    DemoTake(SourceRef::app(QLatin1StringView(DemoRig::appIdentifier)),
-                             (*rig)->dataHome(u"data-of-a-second-recorder"_s), QDir(folder).filePath(u"app-"_s + name))};
+        Takes takes{DemoTake(SourceRef::device(QLatin1StringView(DemoRig::interfaceName)), (*rig)->dataHome(u"data"_s),
+                        QDir(folder).filePath(u"interface-"_s + name)),
+            DemoTake(SourceRef::app(QLatin1StringView(DemoRig::appIdentifier)),
+                (*rig)->dataHome(u"data-of-a-second-recorder"_s), QDir(folder).filePath(u"app-"_s + name))};
         if (auto recorded = record(takes, seconds, signals); !recorded) {
             return recorded;
         }

@@ -22,9 +22,8 @@ namespace {
 
     VirtualDevice::Options::Render playsTheSet()
     {
-        return [set = MadeSet(DemoRig::sampleRate)](std::span<float* const> channels, int frames, std::int64_t position) {
-            set.render(channels, frames, position);
-        };
+        return [set = MadeSet(DemoRig::sampleRate)](std::span<float* const> channels, int frames,
+                   std::int64_t position) { set.render(channels, frames, position); };
     }
 
     /// What a session manager would do: the app's sound goes to the speakers.
@@ -33,11 +32,11 @@ namespace {
         for (const QString& side : {u"FL"_s, u"FR"_s}) {
             QProcess link;
             link.setProcessChannelMode(QProcess::MergedChannels);
-            link.start(u"pw-link"_s,
-                       {u"%1:output_%2"_s.arg(appNodeName, side), u"%1:playback_%2"_s.arg(speakersName, side)});
+            link.start(
+                u"pw-link"_s, {u"%1:output_%2"_s.arg(appNodeName, side), u"%1:playback_%2"_s.arg(speakersName, side)});
             if (!link.waitForFinished(patienceMilliseconds) || link.exitCode() != 0) {
-                return captureFailure(u"the virtual DJ app found no speakers: %1"_s.arg(
-                    QString::fromUtf8(link.readAll()).trimmed()));
+                return captureFailure(
+                    u"the virtual DJ app found no speakers: %1"_s.arg(QString::fromUtf8(link.readAll()).trimmed()));
             }
         }
         return {};
@@ -57,10 +56,8 @@ Result<std::unique_ptr<DemoRig>> DemoRig::make()
     qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", "disabled:");
 
-    auto graph = PrivateGraph::start(
-        rig->dataHome(u"run"_s),
-        {.quantum = quantum,
-         .sinks = {{.name = speakersName, .description = u"Virtual Speakers"_s, .channels = 2}}});
+    auto graph = PrivateGraph::start(rig->dataHome(u"run"_s),
+        {.quantum = quantum, .sinks = {{.name = speakersName, .description = u"Virtual Speakers"_s, .channels = 2}}});
     if (!graph) {
         return std::unexpected(graph.error());
     }
@@ -68,14 +65,14 @@ Result<std::unique_ptr<DemoRig>> DemoRig::make()
     rig->m_graph->applyEnvironment();
 
     auto interface = VirtualDevice::make(rig->m_graph->socketPath(),
-                                         {.name = QLatin1StringView(interfaceName),
-                                          .description = u"Virtual Interface"_s,
-                                          .channels = 2,
-                                          .sampleRate = sampleRate,
-                                          .quantum = quantum,
-                                          .properties = {{u"device.bus"_s, u"usb"_s}},
-                                          .clientProperties = {},
-                                          .render = playsTheSet()});
+        {.name = QLatin1StringView(interfaceName),
+            .description = u"Virtual Interface"_s,
+            .channels = 2,
+            .sampleRate = sampleRate,
+            .quantum = quantum,
+            .properties = {{u"device.bus"_s, u"usb"_s}},
+            .clientProperties = {},
+            .render = playsTheSet()});
     if (!interface) {
         return std::unexpected(interface.error());
     }
@@ -104,16 +101,16 @@ Result<void> DemoRig::startApp()
 
 int DemoRig::beTheApp(const QString& socketPath)
 {
-    const auto stream = VirtualDevice::make(
-        socketPath, {.name = appNodeName,
-                     .description = u"Virtual Deck"_s,
-                     .channels = 2,
-                     .sampleRate = sampleRate,
-                     .clock = VirtualDevice::Options::Clock::borrowed,
-                     .properties = {{u"media.class"_s, u"Stream/Output/Audio"_s}},
-                     .clientProperties = {{u"application.id"_s, QLatin1StringView(appIdentifier)},
-                                          {u"application.name"_s, u"Virtual Deck"_s}},
-                     .render = playsTheSet()});
+    const auto stream = VirtualDevice::make(socketPath,
+        {.name = appNodeName,
+            .description = u"Virtual Deck"_s,
+            .channels = 2,
+            .sampleRate = sampleRate,
+            .clock = VirtualDevice::Options::Clock::borrowed,
+            .properties = {{u"media.class"_s, u"Stream/Output/Audio"_s}},
+            .clientProperties = {{u"application.id"_s, QLatin1StringView(appIdentifier)},
+                {u"application.name"_s, u"Virtual Deck"_s}},
+            .render = playsTheSet()});
     if (!stream) {
         return Terminal::fail(errorText(stream.error()));
     }

@@ -30,8 +30,7 @@ DemoTake::DemoTake(SourceRef source, QString dataHome, QString output)
     : m_source(std::move(source))
     , m_dataHome(std::move(dataHome))
     , m_output(std::move(output))
-{
-}
+{ }
 
 DemoTake::~DemoTake()
 {
@@ -46,9 +45,10 @@ Result<RecorderState> DemoTake::start(const std::function<bool()>& interrupted)
     m_starter.setProcessChannelMode(QProcess::ForwardedChannels);
     m_starter.setProcessEnvironment(environment());
     m_starter.start(QCoreApplication::applicationFilePath(),
-                    {u"demo"_s, u"--start-take"_s, m_output, u"--source"_s, m_source.descriptor()});
+        {u"demo"_s, u"--start-take"_s, m_output, u"--source"_s, m_source.descriptor()});
     m_started = true;
-    for (auto waited = 0ms; waited < startLimit && !interrupted(); waited += std::chrono::milliseconds(lookMilliseconds)) {
+    for (auto waited = 0ms; waited < startLimit && !interrupted();
+        waited += std::chrono::milliseconds(lookMilliseconds)) {
         if (auto running = state()) {
             return *std::move(running);
         }

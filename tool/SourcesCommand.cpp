@@ -27,7 +27,7 @@ namespace {
             .arg(process.name)
             .arg(process.pid)
             .arg(process.isPlaying ? QStringLiteral("playing") : QStringLiteral("quiet"),
-                 process.bundleID.value_or(QString::number(process.pid)));
+                process.bundleID.value_or(QString::number(process.pid)));
     }
 
     QByteArray asJson(const std::vector<AudioDevice>& devices, const std::vector<AudioProcess>& processes)
@@ -40,8 +40,8 @@ namespace {
         for (const AudioProcess& process : processes) {
             processArray.append(process.toJson());
         }
-        return QJsonDocument(QJsonObject{{QStringLiteral("devices"), deviceArray},
-                                         {QStringLiteral("programs"), processArray}})
+        return QJsonDocument(
+            QJsonObject{{QStringLiteral("devices"), deviceArray}, {QStringLiteral("programs"), processArray}})
             .toJson();
     }
 

@@ -18,8 +18,8 @@ namespace {
         if (devices.empty() || scope == ProcessTap::Scope::mixdown) {
             return std::nullopt;
         }
-        const bool keeps = scope == ProcessTap::Scope::deviceStream || devices.size() >= 2
-            || devices.front().outputChannels > stereo;
+        const bool keeps =
+            scope == ProcessTap::Scope::deviceStream || devices.size() >= 2 || devices.front().outputChannels > stereo;
         return keeps ? std::optional(devices.front()) : std::nullopt;
     }
 
@@ -36,16 +36,15 @@ Result<std::unique_ptr<ProcessTap>> ProcessTap::open(AudioPlatform& audio, std::
     tap->m_process = *process;
     tap->m_keepsChannels = device.has_value();
     tap->m_aggregateUID = aggregateUIDPrefix + QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
-    auto opened = audio.openTap(
-        *process, {.uid = tap->m_aggregateUID, .channels = device ? device->outputChannels : stereo});
+    auto opened =
+        audio.openTap(*process, {.uid = tap->m_aggregateUID, .channels = device ? device->outputChannels : stereo});
     if (!opened) {
         return captureFailure(QStringLiteral("cannot tap %1: %2").arg(process->name).arg(opened.error()));
     }
     tap->m_tap = *std::move(opened);
     const auto aggregate = audio.device(tap->m_aggregateUID);
     if (!aggregate || aggregate->sampleRate <= 0 || aggregate->inputChannels < 1) {
-        return captureFailure(
-            QStringLiteral("the tap on %1 reports no format: %2").arg(process->name).arg(ENODEV));
+        return captureFailure(QStringLiteral("the tap on %1 reports no format: %2").arg(process->name).arg(ENODEV));
     }
     tap->m_sampleRate = aggregate->sampleRate;
     tap->m_channels = aggregate->inputChannels;

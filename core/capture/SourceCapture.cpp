@@ -45,10 +45,10 @@ Result<std::unique_ptr<SourceCapture>> SourceCapture::open(
         return std::unexpected(tap.error());
     }
     auto capture = Capture::open({.deviceUID = *tap ? (*tap)->aggregateUID() : options.source.id,
-                                  .channels = options.channels,
-                                  .filePath = options.filePath,
-                                  .format = options.format},
-                                 audio, storage);
+                                     .channels = options.channels,
+                                     .filePath = options.filePath,
+                                     .format = options.format},
+        audio, storage);
     if (!capture) {
         return std::unexpected(capture.error());
     }
@@ -59,8 +59,7 @@ SourceCapture::SourceCapture(std::unique_ptr<ProcessTap> tap, std::unique_ptr<Ca
     : m_tap(std::move(tap))
     , m_capture(std::move(capture))
     , m_name(m_tap ? m_tap->process().name : m_capture->device().name)
-{
-}
+{ }
 
 CaptureStats SourceCapture::stop()
 {

@@ -51,8 +51,8 @@ public:
     };
 
     /// Takes the lock, mends what a recorder that died left in the takes folder, opens source and file, waits for the
-    /// first audio and writes the state. Every failure is one sentence and leaves neither a state nor an empty file. The
-    /// platform outlives the recorder.
+    /// first audio and writes the state. Every failure is one sentence and leaves neither a state nor an empty file.
+    /// The platform outlives the recorder.
     [[nodiscard]] static Result<std::unique_ptr<TakeRecorder>> start(
         const Request& request, const Platform& platform, TakeStorage& storage);
 
@@ -72,8 +72,8 @@ public:
     [[nodiscard]] SourceCapture& source() { return *m_source; }
 
 private:
-    TakeRecorder(RecorderLock lock, std::unique_ptr<SourceCapture> source, const Request& request,
-                 const Platform& platform);
+    TakeRecorder(
+        RecorderLock lock, std::unique_ptr<SourceCapture> source, const Request& request, const Platform& platform);
 
     [[nodiscard]] Result<void> waitForFirstBlock();
     [[nodiscard]] Result<void> announce();

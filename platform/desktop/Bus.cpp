@@ -33,8 +33,8 @@ Bus openBus(BusKind kind)
 BusMessage newCall(const Bus& bus, const BusMethod& method)
 {
     sd_bus_message* call = nullptr;
-    const int result = sd_bus_message_new_method_call(
-        bus.get(), &call, method.service, method.path, method.interface, method.name);
+    const int result =
+        sd_bus_message_new_method_call(bus.get(), &call, method.service, method.path, method.interface, method.name);
     return BusMessage(result < 0 ? nullptr : call);
 }
 

@@ -29,8 +29,7 @@ namespace {
         DesktopInhibition(FileDescriptor logind, Bus session)
             : m_logind(std::move(logind))
             , m_session(std::move(session))
-        {
-        }
+        { }
 
     private:
         FileDescriptor m_logind;
@@ -40,12 +39,11 @@ namespace {
     FileDescriptor inhibitAtLogind(const QString& reason)
     {
         const Bus bus = openBus(BusKind::system);
-        const BusMessage call =
-            bus ? newCall(bus, {logindService, logindPath, logindInterface, "Inhibit"}) : nullptr;
+        const BusMessage call = bus ? newCall(bus, {logindService, logindPath, logindInterface, "Inhibit"}) : nullptr;
         // Closing the lid suspends through a plain block of `sleep`, so the switch is named too.
         if (!call
-            || sd_bus_message_append(call.get(), "ssss", "sleep:handle-lid-switch", "Vantiro",
-                                     reason.toUtf8().constData(), "block")
+            || sd_bus_message_append(
+                   call.get(), "ssss", "sleep:handle-lid-switch", "Vantiro", reason.toUtf8().constData(), "block")
                 < 0) {
             return {};
         }
@@ -62,7 +60,8 @@ namespace {
     {
         Bus bus = openBus(BusKind::session);
         const BusMessage call = bus
-            ? newCall(bus, {"org.gnome.SessionManager", "/org/gnome/SessionManager", "org.gnome.SessionManager", "Inhibit"})
+            ? newCall(
+                  bus, {"org.gnome.SessionManager", "/org/gnome/SessionManager", "org.gnome.SessionManager", "Inhibit"})
             : nullptr;
         if (!call
             || sd_bus_message_append(
@@ -123,14 +122,14 @@ QStringList DesktopPower::inhibitions(const QString& type)
 bool DesktopPower::moveToOwnScope()
 {
     const Bus bus = openBus(BusKind::session);
-    const BusMessage call = bus ? newCall(bus, {"org.freedesktop.systemd1", "/org/freedesktop/systemd1",
-                                                "org.freedesktop.systemd1.Manager", "StartTransientUnit"})
+    const BusMessage call = bus ? newCall(bus,
+                                      {"org.freedesktop.systemd1", "/org/freedesktop/systemd1",
+                                          "org.freedesktop.systemd1.Manager", "StartTransientUnit"})
                                 : nullptr;
     const std::string unit = "vantiro-recorder-" + std::to_string(::getpid()) + ".scope";
     if (!call || sd_bus_message_append(call.get(), "ss", unit.c_str(), "fail") < 0
         || sd_bus_message_append(call.get(), "a(sv)", 3, "Description", "s", "Vantiro: a take is being recorded",
-                                 "CollectMode", "s", "inactive-or-failed", "PIDs", "au", 1,
-                                 static_cast<std::uint32_t>(::getpid()))
+               "CollectMode", "s", "inactive-or-failed", "PIDs", "au", 1, static_cast<std::uint32_t>(::getpid()))
             < 0
         || sd_bus_message_append(call.get(), "a(sa(sv))", 0) < 0) {
         return false;

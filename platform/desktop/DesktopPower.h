@@ -5,8 +5,8 @@
 
 namespace vantiro {
 
-/// Sleep is inhibited at logind, for the machine, and at the session's manager, for the desktop that would suspend it by
-/// itself; either is enough. The scope is asked of the user's systemd.
+/// Sleep is inhibited at logind, for the machine, and at the session's manager, for the desktop that would suspend it
+/// by itself; either is enough. The scope is asked of the user's systemd.
 class DesktopPower final : public PowerPlatform {
 public:
     [[nodiscard]] std::unique_ptr<SleepInhibition> inhibitSleep(const QString& reason) override;

@@ -12,12 +12,12 @@
 
 namespace vantiro {
 
-/// Tells of changes to the lists of devices and programs. What happens within 200 ms is told once: a card that is plugged in changes
-/// the graph dozens of times.
+/// Tells of changes to the lists of devices and programs. What happens within 200 ms is told once: a card that is
+/// plugged in changes the graph dozens of times.
 class DeviceWatch final : public HardwareWatch, private GraphMirror::Observer {
 public:
-    DeviceWatch(std::shared_ptr<GraphMirror> mirror, std::shared_ptr<ProgramList> programs,
-                std::function<void()> onChange);
+    DeviceWatch(
+        std::shared_ptr<GraphMirror> mirror, std::shared_ptr<ProgramList> programs, std::function<void()> onChange);
     ~DeviceWatch() override;
 
 private:

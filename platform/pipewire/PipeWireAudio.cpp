@@ -44,8 +44,7 @@ PipeWireAudio::PipeWireAudio()
     : m_mirror(std::make_shared<GraphMirror>())
     , m_programs(std::make_shared<ProgramList>())
     , m_taps(std::make_shared<TapRegister>())
-{
-}
+{ }
 
 PipeWireAudio::~PipeWireAudio() = default;
 
@@ -158,12 +157,12 @@ std::expected<std::unique_ptr<AudioTap>, int> PipeWireAudio::openTap(
     }
     const std::vector<AudioDevice> devices = outputDevices(process);
     return m_taps->add({.program = program->identity,
-                        .device = {.uid = request.uid,
-                                   .name = QStringLiteral("Vantiro: %1").arg(process.name),
-                                   .transport = QStringLiteral("virtual"),
-                                   .inputChannels = request.channels,
-                                   .sampleRate = devices.empty() ? graph->graphRate : devices.front().sampleRate,
-                                   .inputTerminal = QStringLiteral("unknown")}});
+        .device = {.uid = request.uid,
+            .name = QStringLiteral("Vantiro: %1").arg(process.name),
+            .transport = QStringLiteral("virtual"),
+            .inputChannels = request.channels,
+            .sampleRate = devices.empty() ? graph->graphRate : devices.front().sampleRate,
+            .inputTerminal = QStringLiteral("unknown")}});
 }
 
 std::unique_ptr<HardwareWatch> PipeWireAudio::watch(std::function<void()> onChange)

@@ -24,7 +24,7 @@ class TakeRecorderTest : public SandboxTest {
 protected:
     using Started = Result<std::unique_ptr<TakeRecorder>>;
 
-    Started start() { return TakeRecorder::start(m_request, m_audio, posixTakeStorage()); }
+    Started start() { return TakeRecorder::start(m_request, m_platform, posixTakeStorage()); }
 
     /// A start on a thread of its own, which waits for audio by now.
     std::future<Started> begin()
@@ -64,7 +64,8 @@ protected:
 
     [[nodiscard]] static QStringList takes() { return QDir(VantiroPaths::takes()).entryList(QDir::Files, QDir::Name); }
 
-    FakeAudio m_audio;
+    Platform m_platform{.audio = std::make_unique<FakeAudio>(), .power = nullptr};
+    FakeAudio& m_audio = static_cast<FakeAudio&>(*m_platform.audio);
     std::shared_ptr<FakeSource> m_source = m_audio.add(u"mixer"_s, u"Mixer"_s, {2});
     QString m_path = VantiroPaths::takes() + u"/mix.caf"_s;
     TakeRecorder::Request m_request{.source = SourceRef::device(u"mixer"_s),

@@ -224,6 +224,27 @@ std::expected<std::unique_ptr<CaptureStream>, int> FakeAudio::openCapture(
     return std::make_unique<FakeSource::Stream>(source, channels);
 }
 
+class FakeAudio::Tap final : public AudioTap {
+public:
+    Tap(FakeAudio& audio, QString uid) : m_audio(audio), m_uid(std::move(uid)) { }
+    ~Tap() override { m_audio.remove(m_uid); }
+
+private:
+    FakeAudio& m_audio;
+    QString m_uid;
+};
+
+std::expected<std::unique_ptr<AudioTap>, int> FakeAudio::openTap(
+    const AudioProcess& process, const AudioTap::Request& request)
+{
+    if (tapStatus != 0) {
+        return std::unexpected(tapStatus.load());
+    }
+    add(fakeDevice(request.uid, process.name),
+        std::vector<std::int64_t>(static_cast<std::size_t>(request.channels), 1));
+    return std::make_unique<Tap>(*this, request.uid);
+}
+
 std::unique_ptr<HardwareWatch> FakeAudio::watch(std::function<void()> onChange)
 {
     const auto lock = locked();

@@ -70,9 +70,21 @@ public:
     std::vector<std::int64_t> inputBuffers(const QString& uid) override;
     std::expected<std::unique_ptr<CaptureStream>, int> openCapture(
         const QString& uid, std::span<const std::int64_t> channels, CapturePurpose purpose) override;
+    /// The programs that a test puts there, and the devices that all of them play to.
+    std::vector<AudioProcess> programs;
+    std::vector<AudioDevice> programDevices;
+    std::atomic<int> tapStatus{0};  ///< What the next tap fails with.
+
+    std::vector<AudioProcess> processes() override { return programs; }
+    std::vector<AudioDevice> outputDevices(const AudioProcess&) override { return programDevices; }
+    /// The tap becomes a device of this platform.
+    std::expected<std::unique_ptr<AudioTap>, int> openTap(
+        const AudioProcess& process, const AudioTap::Request& request) override;
+
     std::unique_ptr<HardwareWatch> watch(std::function<void()> onChange) override;
 
 private:
+    class Tap;
     class Watch;
     [[nodiscard]] std::shared_ptr<FakeSource> find(const QString& uid) const;
     void tellWatches();
