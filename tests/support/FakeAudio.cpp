@@ -240,7 +240,11 @@ std::expected<std::unique_ptr<AudioTap>, int> FakeAudio::openTap(
     if (tapStatus != 0) {
         return std::unexpected(tapStatus.load());
     }
-    add(fakeDevice(request.uid, process.name),
+    add({.uid = request.uid,
+            .name = process.name,
+            .transport = QStringLiteral("virtual"),
+            .sampleRate = 48000,
+            .inputTerminal = QStringLiteral("unknown")},
         std::vector<std::int64_t>(static_cast<std::size_t>(request.channels), 1));
     return std::make_unique<Tap>(*this, request.uid);
 }
