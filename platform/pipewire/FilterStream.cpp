@@ -275,6 +275,8 @@ void FilterStream::process(const spa_io_position& position) noexcept
         m_seenLinkChanges = changes;
         m_cyclesSinceLinkChange = 0;
     }
+    // A program that goes while a cycle runs makes the graph run that cycle twice, before anybody hears of its links.
+    const bool linksChanged = m_absence == Absence::silence || m_cyclesSinceLinkChange < cyclesNearLinkChange;
     const bool audible = m_absence == Absence::missing ? complete || m_begun : delivered > 0;
     const double time = m_clock.advance({.clockId = clock.id,
         .position = clock.position,
@@ -282,7 +284,7 @@ void FilterStream::process(const spa_io_position& position) noexcept
         .nanoseconds = clock.nsec,
         .rate = clock.rate.denom,
         .linked = audible,
-        .linksChanged = m_cyclesSinceLinkChange < cyclesNearLinkChange});
+        .linksChanged = linksChanged});
     m_cyclesSinceLinkChange = std::min(m_cyclesSinceLinkChange + 1, cyclesNearLinkChange);
     if (complete) {
         m_rate.store(clock.rate.denom, std::memory_order_relaxed);

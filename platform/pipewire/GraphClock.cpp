@@ -16,6 +16,8 @@ namespace {
     constexpr std::uint64_t sustained = 500'000'000;
     /// Time constant of the usual lead: quick against the drift of crystals, slow against a loss.
     constexpr double leadTimeConstant = 2e9;
+    /// When the quantum changes, a driver may wake up once more after the old one, having counted the new one already.
+    constexpr int cyclesUntilSettled = 2;
 
 }  // namespace
 
@@ -55,12 +57,15 @@ std::int64_t GraphClock::admittedLoss(const CycleClock& cycle) noexcept
         return 0;
     }
     const auto jump = static_cast<std::int64_t>(cycle.position - m_nextPosition);
+    const bool quantumChanged = cycle.duration != m_duration;
+    m_unsettledCycles = quantumChanged ? cyclesUntilSettled : std::max(m_unsettledCycles - 1, 0);
+    if (jump != 0 || m_unsettledCycles > 0) {
+        anchor(cycle);
+    }
     if (jump == 0) {
         return 0;
     }
-    anchor(cycle);
     const auto longest = static_cast<std::int64_t>(std::max(cycle.duration, m_duration));
-    const bool quantumChanged = cycle.duration != m_duration;
     if (quantumChanged && std::abs(jump) < longest) {
         return 0;
     }

@@ -34,6 +34,7 @@ private:
     std::uint32_t m_clockId = 0;
     std::uint32_t m_rate = 0;
     std::uint64_t m_duration = 0;
+    int m_unsettledCycles = 0;  ///< In which the time may still jump because the quantum changed.
     std::uint64_t m_nextPosition = 0;
     std::int64_t m_nextTime = 0;
 

@@ -34,14 +34,19 @@ namespace {
         return DeviceList::cleanText(own.isEmpty() ? node.value(key) : own);
     }
 
-    /// A unit's name keeps `-` for itself and writes it as `\x2d` inside an application's id.
-    QString unescaped(QString text)
+    /// A unit's name keeps `-` for itself and writes it, as each byte outside of ASCII, as `\x2d` in an application's
+    /// id.
+    QString unescaped(const QString& text)
     {
-        static const QRegularExpression escape(u"\\\\x([0-9a-fA-F]{2})"_s);
-        for (QRegularExpressionMatch match = escape.match(text); match.hasMatch(); match = escape.match(text)) {
-            text.replace(match.capturedStart(), match.capturedLength(), QChar(match.captured(1).toUShort(nullptr, 16)));
+        const QByteArray escaped = text.toUtf8();
+        QByteArray bytes;
+        for (qsizetype place = 0; place < escaped.size(); ++place) {
+            bool isByte = false;
+            const int byte = escaped.mid(place, 2) == "\\x" ? escaped.mid(place + 2, 2).toInt(&isByte, 16) : 0;
+            bytes += isByte ? static_cast<char>(byte) : escaped[place];
+            place += isByte ? 3 : 0;
         }
-        return text;
+        return QString::fromUtf8(bytes);
     }
 
     /// The application's id in `app[-LAUNCHER]-ID[@RANDOM].service` or `app[-LAUNCHER]-ID-RANDOM.scope`, the names that

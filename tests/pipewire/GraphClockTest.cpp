@@ -142,6 +142,12 @@ TEST(GraphClockTest, CountsNothingWhereClocksCannotBeCompared)
         {"quantum shrinks, with a smaller jump", quantum(256, 768)},
         {"quantum changes, with a backward jump", quantum(512, -500)},
         {"quantum changes, with a larger jump", quantum(256, 1024), 1, 1024},
+        {"quantum shrinks, and the time goes on by the old one once more",
+            [](Driver& driver) {
+                driver.cycle.duration = 256;
+                driver.run();
+                driver.lose(0.016);
+            }},
         {"another driver", become({.clockId = 41, .position = 123'456, .duration = 1024, .rate = 48'000})},
         {"another rate", become({.clockId = 40, .position = 99, .duration = 1024, .rate = 44'100})},
         {"unlinked, and others start and stop",

@@ -240,12 +240,7 @@ std::expected<std::unique_ptr<AudioTap>, int> FakeAudio::openTap(
     if (tapStatus != 0) {
         return std::unexpected(tapStatus.load());
     }
-    add({.uid = request.uid,
-            .name = process.name,
-            .transport = QStringLiteral("virtual"),
-            .sampleRate = 48000,
-            .inputTerminal = QStringLiteral("unknown")},
-        std::vector<std::int64_t>(static_cast<std::size_t>(request.channels), 1));
+    add(request.uid, process.name, std::vector<std::int64_t>(static_cast<std::size_t>(request.channels), 1), tapRate);
     return std::make_unique<Tap>(*this, request.uid);
 }
 

@@ -59,6 +59,8 @@ public:
         const QString& uid, const QString& name, std::vector<std::int64_t> buffers, double rate = 48'000);
     /// The device is unplugged.
     void remove(const QString& uid);
+    /// The device, or a tap, behind a UID; null if there is none.
+    [[nodiscard]] std::shared_ptr<FakeSource> source(const QString& uid) const { return find(uid); }
 
     std::atomic<bool> available{true};
     std::optional<QString> defaultInput;  ///< Set before other threads are there.
@@ -73,7 +75,8 @@ public:
     /// The programs that a test puts there, and the devices that all of them play to.
     std::vector<AudioProcess> programs;
     std::vector<AudioDevice> programDevices;
-    std::atomic<int> tapStatus{0};  ///< What the next tap fails with.
+    std::atomic<int> tapStatus{0};  ///< What each tap fails with.
+    double tapRate = 48'000;        ///< Of the taps that are made from now on.
 
     std::vector<AudioProcess> processes() override { return programs; }
     std::vector<AudioDevice> outputDevices(const AudioProcess&) override { return programDevices; }
