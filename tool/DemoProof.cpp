@@ -47,7 +47,7 @@ namespace {
         const char* bytes = audio.constData();
         for (Frame& frame : frames) {
             frame = {sampleAt(bytes), sampleAt(bytes + bytesPerSample)};
-            bytes += 2 * bytesPerSample;
+            bytes += std::ptrdiff_t{2} * bytesPerSample;
         }
         return frames;
     }

@@ -13,6 +13,7 @@
 
 #include <fcntl.h>
 #include <linux/magic.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
@@ -115,6 +116,8 @@ namespace {
             if (!descriptor.isOpen()) {
                 return std::unexpected(errno);
             }
+            // Tells a repair by another program that this take is being written; a volume without locks does not.
+            static_cast<void>(::flock(descriptor.get(), LOCK_EX | LOCK_NB));
             return std::make_unique<PosixTakeFile>(std::move(descriptor));
         }
 

@@ -14,6 +14,7 @@
 #include <cstring>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -80,6 +81,14 @@ namespace {
         return offset == end;
     }
 
+    /// A recorder that died left room reserved behind the file's end, as much as a minute of audio.
+    bool holdsReserve(const struct stat& status)
+    {
+        constexpr std::int64_t blockBytes = 512;
+        constexpr std::int64_t ordinaryBytes = std::int64_t{1} << 20;
+        return status.st_blocks * blockBytes - status.st_size > ordinaryBytes;
+    }
+
     std::unexpected<Error> failure(const QString& path, int number)
     {
         return std::unexpected(errnoError(path, number));
@@ -98,6 +107,8 @@ namespace {
         if (!writeAt(file.get(), header.sizePiece())) {
             return failure(path, errno);
         }
+        // Cutting a file to the size that it has frees what lies behind. If it fails, only room is lost.
+        static_cast<void>(::ftruncate(file.get(), before.st_size) == 0);
         const std::array<struct timespec, 2> times{timespec{0, UTIME_OMIT}, before.st_mtim};
         // A volume that keeps no times does not make the repair a failure.
         static_cast<void>(::futimens(file.get(), times.data()));
@@ -130,6 +141,10 @@ Result<TakeRepair> repairTake(const QString& path)
     if (!found) {
         return TakeRepair{};
     }
+    // Whoever writes a take holds its lock: one that is being recorded elsewhere is none of ours.
+    if (::flock(file.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        return TakeRepair{Outcome::whole, found->frames(), found->frames()};
+    }
 
     const std::int64_t frameBytes = found->shape().frameBytes();
     const std::int64_t audioBytes = status.st_size - std::int64_t{TakeHeader::size};
@@ -138,6 +153,9 @@ Result<TakeRepair> repairTake(const QString& path)
     // Only a byte that is there counts as padding: the file never grows here.
     mended.tell(frames, found->needsPadding(frames) && audioBytes > frames * frameBytes);
     if (std::ranges::equal(mended.bytes(), found->bytes())) {
+        if (holdsReserve(status)) {
+            static_cast<void>(writeSize(path, mended, status));
+        }
         return TakeRepair{Outcome::whole, frames, frames};
     }
     const std::int64_t told = found->frames();

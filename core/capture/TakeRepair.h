@@ -24,8 +24,9 @@ struct TakeRepair {
 };
 
 /// Makes the header of a take whose recorder died tell every whole frame that the file holds; nothing else of the file
-/// is touched, its size and modification time stay. Done twice it changes nothing. To be called only when no recorder
-/// lives. Fails with the SystemError of the call that failed. Blocks on the disk. Any thread.
+/// is touched, its size and modification time stay, and room reserved behind its end is given back. A take that some
+/// recorder is writing is left alone. Done twice it changes nothing. To be called only when no recorder lives. Fails
+/// with the SystemError of the call that failed. Blocks on the disk. Any thread.
 [[nodiscard]] Result<TakeRepair> repairTake(const QString& path);
 
 /// repairTake() on every .caf and .wav file of a folder. Returns the paths of those that were mended; files that cannot

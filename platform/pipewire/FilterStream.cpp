@@ -6,11 +6,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <ctime>
 #include <thread>
 
 #include <pthread.h>
 #include <sched.h>
-#include <time.h>
 
 namespace vantiro {
 

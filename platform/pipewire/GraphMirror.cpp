@@ -38,6 +38,12 @@ namespace {
         static_cast<void>(done);
     }
 
+    pw_thread_loop* newThreadLoop()
+    {
+        initialiseOnce();
+        return pw_thread_loop_new("vantiro-graph", nullptr);
+    }
+
     timespec toTimespec(std::chrono::milliseconds span)
     {
         return {.tv_sec = static_cast<time_t>(span.count() / 1000),
@@ -97,10 +103,8 @@ struct GraphMirrorEvents {
     }
 };
 
-GraphMirror::GraphMirror() : m_snapshot(std::make_shared<GraphSnapshot>())
+GraphMirror::GraphMirror() : m_loop(newThreadLoop()), m_snapshot(std::make_shared<GraphSnapshot>())
 {
-    initialiseOnce();
-    m_loop = pw_thread_loop_new("vantiro-graph", nullptr);
     if (m_loop == nullptr) {
         m_settled = true;
         return;

@@ -87,9 +87,9 @@ namespace {
     }
 
     /// Which of the wanted parameters an object announces.
-    template <std::size_t size>
+    template <std::size_t Count>
     std::vector<std::uint32_t> offered(
-        const spa_param_info* infos, std::uint32_t count, const std::array<std::uint32_t, size>& wanted)
+        const spa_param_info* infos, std::uint32_t count, const std::array<std::uint32_t, Count>& wanted)
     {
         std::vector<std::uint32_t> found;
         for (std::uint32_t index = 0; index < count; ++index) {

@@ -25,6 +25,7 @@ std::vector<LinkPlan::Entry> DevicePlan::entries(const GraphSnapshot& graph) con
         return {};
     }
     std::vector<Entry> found;
+    found.reserve(ports.size());
     for (std::size_t channel = 0; channel < ports.size(); ++channel) {
         found.push_back({.outputPort = ports[channel].id, .channel = channel});
     }

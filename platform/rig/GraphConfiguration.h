@@ -6,19 +6,15 @@
 #include <QByteArray>
 #include <QString>
 
-namespace vantiro {
-
 /// What a private daemon reads at its start.
-namespace GraphConfiguration {
+namespace vantiro::GraphConfiguration {
 
-    /// A name of its own, so that no drop-in of the system or the user applies to it.
-    inline const QString fileName = QStringLiteral("vantiro-rig.conf");
-    /// The socket's name in the daemon's folder, as PIPEWIRE_REMOTE takes it.
-    inline const QString socketName = QStringLiteral("pipewire-0");
+/// A name of its own, so that no drop-in of the system or the user applies to it.
+inline const QString fileName = QStringLiteral("vantiro-rig.conf");
+/// The socket's name in the daemon's folder, as PIPEWIRE_REMOTE takes it.
+inline const QString socketName = QStringLiteral("pipewire-0");
 
-    /// The configuration file. Any thread.
-    [[nodiscard]] QByteArray text(const PrivateGraphOptions& options);
+/// The configuration file. Any thread.
+[[nodiscard]] QByteArray text(const PrivateGraphOptions& options);
 
-}  // namespace GraphConfiguration
-
-}  // namespace vantiro
+}  // namespace vantiro::GraphConfiguration

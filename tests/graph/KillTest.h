@@ -12,7 +12,8 @@ class KillTest : public GraphTest {
 protected:
     /// Records so many takes one after the other, each killed 0.3 to 3 seconds after it began. Expects of each that it
     /// opens as it is and lacks 0.7 seconds at most, and that the next start mends it, so that it lacks 0.2 seconds at
-    /// most; and that each sample in it is right.
+    /// most; and that each sample in it is right. On a real disk, which others may keep busy, three times as much may
+    /// be missing.
     void killRecorders(int rounds, std::uint32_t seed);
 
 private:
@@ -25,7 +26,9 @@ private:
     [[nodiscard]] static Killed killOne(const VirtualDevice& card, const QString& path, double moment);
     /// Expects that the programs which people use open it too.
     static void expectOtherReadersOpen(const QString& path);
-    static void expectMended(const Killed& killed);
+    void expectMended(const Killed& killed) const;
+
+    double m_patience = 1;  ///< Factor to what may be missing.
 };
 
 }  // namespace vantiro::test
