@@ -2,6 +2,7 @@
 #include "bench/BenchRig.h"
 
 #include <QFile>
+#include <QProcess>
 
 namespace vantiro {
 
@@ -15,7 +16,8 @@ Result<std::unique_ptr<BenchRig>> BenchRig::make()
         qputenv(variable, QFile::encodeName(rig->path(QLatin1StringView(variable))));
     }
     qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
-    auto graph = PrivateGraph::start(rig->path(QStringLiteral("run")));
+    auto graph = PrivateGraph::start(rig->path(QStringLiteral("run")),
+        {.sinks = {{.name = QLatin1StringView(sinkName), .description = QStringLiteral("Speakers"), .channels = 2}}});
     if (!graph) {
         return std::unexpected(graph.error());
     }
@@ -32,6 +34,35 @@ Result<std::unique_ptr<VirtualDevice>> BenchRig::makeDevice(VirtualDeviceOptions
             .sampleRate = sampleRate,
             .quantum = 256,
             .render = std::move(render)});
+}
+
+Result<std::unique_ptr<VirtualDevice>> BenchRig::makeProgram(VirtualDeviceOptions::Render render) const
+{
+    auto stream = VirtualDevice::make(m_graph->socketPath(),
+        {.name = QLatin1StringView(programName),
+            .channels = 2,
+            .sampleRate = sampleRate,
+            .clock = VirtualDeviceOptions::Clock::borrowed,
+            .properties = {{QStringLiteral("media.class"), QStringLiteral("Stream/Output/Audio")}},
+            .clientProperties = {{QStringLiteral("application.id"), QLatin1StringView(programId)}},
+            .render = std::move(render)});
+    for (const char* side : {"FL", "FR"}) {
+        if (stream
+            && !link(QStringLiteral("%1:output_%2").arg(QLatin1StringView(programName), QLatin1StringView(side)),
+                QStringLiteral("%1:playback_%2").arg(QLatin1StringView(sinkName), QLatin1StringView(side)))) {
+            return captureFailure(QStringLiteral("the program found no speakers"));
+        }
+    }
+    return stream;
+}
+
+bool BenchRig::link(const QString& output, const QString& input)
+{
+    constexpr int limitMilliseconds = 2'000;
+    QProcess link;
+    link.setProcessChannelMode(QProcess::MergedChannels);
+    link.start(QStringLiteral("pw-link"), {output, input});
+    return link.waitForFinished(limitMilliseconds) && link.exitCode() == 0;
 }
 
 }  // namespace vantiro

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/foundation/Result.h"
+#include "core/sources/SourceRef.h"
 #include "platform/rig/PrivateGraph.h"
 #include "platform/rig/VirtualDevice.h"
 
@@ -17,12 +18,21 @@ namespace vantiro {
 class BenchRig {
 public:
     static constexpr auto deviceName = "bench.card";
+    static constexpr auto programName = "bench.deck";
+    static constexpr auto programId = "org.vantiro.BenchDeck";
+    static constexpr auto sinkName = "bench.speakers";
     static constexpr int sampleRate = 48000;
 
     [[nodiscard]] static Result<std::unique_ptr<BenchRig>> make();
 
     /// A stereo interface that plays what `render` writes, 256 frames a cycle.
     [[nodiscard]] Result<std::unique_ptr<VirtualDevice>> makeDevice(VirtualDeviceOptions::Render render) const;
+
+    /// A program's stereo stream, which this process plays to the rig's speakers.
+    [[nodiscard]] Result<std::unique_ptr<VirtualDevice>> makeProgram(VirtualDeviceOptions::Render render) const;
+
+    /// Links two ports, named as `NODE:PORT`; false if one of them is not there.
+    [[nodiscard]] static bool link(const QString& output, const QString& input);
 
     /// A path in the rig's folder.
     [[nodiscard]] QString path(const QString& name) const { return m_folder.filePath(name); }

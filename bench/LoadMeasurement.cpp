@@ -6,7 +6,6 @@
 #include "platform/rig/MadeSet.h"
 
 #include <QFileInfo>
-#include <QProcess>
 
 #include <thread>
 
@@ -21,7 +20,6 @@ namespace {
     constexpr auto beginPause = 20ms;
     /// Lets both come to rest after their start.
     constexpr auto settling = 2s;
-    constexpr int linkLimitMilliseconds = 2'000;
 
     /// One of the two that record.
     struct Party {
@@ -49,22 +47,25 @@ namespace {
         return true;
     }
 
-    bool makeLink(const QString& output, const QString& input)
+    SourceRef reference(Source source)
     {
-        QProcess link;
-        link.setProcessChannelMode(QProcess::MergedChannels);
-        link.start(u"pw-link"_s, {output, input});
-        return link.waitForFinished(linkLimitMilliseconds) && link.exitCode() == 0;
+        return source == Source::device ? SourceRef::device(QLatin1StringView(BenchRig::deviceName))
+                                        : SourceRef::app(QLatin1StringView(BenchRig::programId));
     }
 
-    Result<Party> startRecorder(const BenchRig& rig, const QString& program)
+    /// A source's output port on one side.
+    QString outputPort(Source source, const QString& side)
+    {
+        return source == Source::device ? u"%1:capture_%2"_s.arg(QLatin1StringView(BenchRig::deviceName), side)
+                                        : u"%1:output_%2"_s.arg(QLatin1StringView(BenchRig::programName), side);
+    }
+
+    Result<Party> startRecorder(const BenchRig& rig, const QString& program, Source source)
     {
         const QString file = rig.path(u"take.caf"_s);
         QFile::remove(file);
         auto process = MeasuredProcess::start(program,
-            RecorderClient::argumentVector(
-                {.source = SourceRef::device(QLatin1StringView(BenchRig::deviceName)), .output = file}),
-            rig.path(u"recorder.log"_s));
+            RecorderClient::argumentVector({.source = reference(source), .output = file}), rig.path(u"recorder.log"_s));
         if (!process) {
             return std::unexpected(process.error());
         }
@@ -76,7 +77,7 @@ namespace {
     }
 
     /// Nothing links a stream in a graph without a session manager, so its ports are asked for and linked here.
-    Result<Party> startPeer(const BenchRig& rig)
+    Result<Party> startPeer(const BenchRig& rig, Source source)
     {
         const QString file = rig.path(u"peer.wav"_s);
         QFile::remove(file);
@@ -91,8 +92,8 @@ namespace {
         }
         Party party{.process = *std::move(process), .file = file, .bytesPerFrame = std::int64_t{2} * 4};
         for (const QString& channel : {u"FL"_s, u"FR"_s}) {
-            const QString output = u"%1:capture_%2"_s.arg(QLatin1StringView(BenchRig::deviceName), channel);
-            if (!comesTrue([&] { return makeLink(output, u"bench.peer:input_"_s + channel); })) {
+            if (!comesTrue(
+                    [&] { return BenchRig::link(outputPort(source, channel), u"bench.peer:input_"_s + channel); })) {
                 return captureFailure(u"pw-record could not be linked; its log is %1"_s.arg(rig.path(u"peer.log"_s)));
             }
         }
@@ -115,19 +116,21 @@ namespace {
 
 }  // namespace
 
-Result<Round> run(const BenchRig& rig, const QString& recorder, std::chrono::seconds span, Order order)
+Result<Round> run(const BenchRig& rig, const QString& recorder, std::chrono::seconds span, Source source, Order order)
 {
-    const auto device = rig.makeDevice([set = MadeSet(BenchRig::sampleRate)](auto channels, int frames,
-                                           std::int64_t position) { set.render(channels, frames, position); });
-    if (!device) {
-        return std::unexpected(device.error());
+    const auto render = [set = MadeSet(BenchRig::sampleRate)](auto channels, int frames, std::int64_t position) {
+        set.render(channels, frames, position);
+    };
+    const auto player = source == Source::device ? rig.makeDevice(render) : rig.makeProgram(render);
+    if (!player) {
+        return std::unexpected(player.error());
     }
     const bool isFirst = order == Order::recorderFirst;
-    auto first = isFirst ? startRecorder(rig, recorder) : startPeer(rig);
+    auto first = isFirst ? startRecorder(rig, recorder, source) : startPeer(rig, source);
     if (!first) {
         return std::unexpected(first.error());
     }
-    auto second = isFirst ? startPeer(rig) : startRecorder(rig, recorder);
+    auto second = isFirst ? startPeer(rig, source) : startRecorder(rig, recorder, source);
     if (!second) {
         return std::unexpected(second.error());
     }

@@ -11,7 +11,7 @@
 
 namespace vantiro {
 
-/// What a recorder costs, and what a peer costs that records the same device at the same time.
+/// What a recorder costs, and what a peer costs that records the same source at the same time.
 namespace LoadMeasurement {
 
     struct Cost {
@@ -30,9 +30,15 @@ namespace LoadMeasurement {
         peerFirst
     };
 
+    /// What both record.
+    enum class Source {
+        device,
+        program
+    };
+
     /// Records for `span` with the program at `recorder` and with pw-record. Fails if one of them recorded less.
     [[nodiscard]] Result<Round> run(
-        const BenchRig& rig, const QString& recorder, std::chrono::seconds span, Order order);
+        const BenchRig& rig, const QString& recorder, std::chrono::seconds span, Source source, Order order);
 
 }  // namespace LoadMeasurement
 

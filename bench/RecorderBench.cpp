@@ -44,16 +44,21 @@ namespace {
             starts.append(QJsonObject{{u"returnedMilliseconds"_s, milliseconds(start.returned)},
                 {u"firstFrameMilliseconds"_s, milliseconds(start.firstFrame)}});
         }
-        QJsonArray rounds;
+        QJsonObject found{{u"starts"_s, starts}};
         using enum LoadMeasurement::Order;
-        for (const auto order : {recorderFirst, peerFirst}) {
-            const auto round = LoadMeasurement::run(**rig, recorder, span, order);
-            if (!round) {
-                return std::unexpected(round.error());
+        using enum LoadMeasurement::Source;
+        for (const auto& [name, source] : {std::pair{u"device"_s, device}, std::pair{u"program"_s, program}}) {
+            QJsonArray rounds;
+            for (const auto order : {recorderFirst, peerFirst}) {
+                const auto round = LoadMeasurement::run(**rig, recorder, span, source, order);
+                if (!round) {
+                    return std::unexpected(round.error());
+                }
+                rounds.append(QJsonObject{{u"recorder"_s, json(round->recorder)}, {u"peer"_s, json(round->peer)}});
             }
-            rounds.append(QJsonObject{{u"recorder"_s, json(round->recorder)}, {u"peer"_s, json(round->peer)}});
+            found.insert(name, rounds);
         }
-        return QJsonObject{{u"starts"_s, starts}, {u"rounds"_s, rounds}};
+        return found;
     }
 
 }  // namespace

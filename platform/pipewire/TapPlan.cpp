@@ -88,29 +88,46 @@ std::vector<LinkPlan::Entry> TapPlan::entriesOf(
         memory.seen = appeared;
     }
     const std::vector<GraphPort> outputs = graph.audioPorts(node, false);
-    if (outputDeviceNodes(graph, {node}).empty()) {
-        if (now - memory.lastOnDevice < unlinkedLimit) {
-            return memory.onDevice;
-        }
-        std::vector<Entry> inTurn;
-        for (std::size_t place = 0; place < outputs.size() && now - memory.seen >= unlinkedLimit; ++place) {
-            inTurn.push_back({.outputPort = outputs[place].id, .channel = m_channels > 1 ? place % 2 : 0});
-        }
-        return inTurn;
+    if (!outputDeviceNodes(graph, {node}).empty()) {
+        memory.ways = waysToDevice(graph, outputs, inputs);
+    } else if (!memory.ways && now - memory.seen >= unlinkedLimit) {
+        return inTurn(outputs);
     }
-    memory.lastOnDevice = now;
-    memory.onDevice.clear();
+    std::vector<Entry> found;
+    for (const Way& way : memory.ways.value_or(std::vector<Way>())) {
+        if (way.place < outputs.size()) {
+            found.push_back({.outputPort = outputs[way.place].id, .channel = way.channel});
+        }
+    }
+    return found;
+}
+
+std::vector<TapPlan::Way> TapPlan::waysToDevice(
+    const GraphSnapshot& graph, const std::vector<GraphPort>& outputs, const std::vector<GraphPort>& inputs) const
+{
+    std::vector<Way> ways;
     for (const GraphLink& link : graph.links) {
         const auto input = std::ranges::find(inputs, link.inputPort, &GraphPort::id);
-        if (input == inputs.end() || std::ranges::find(outputs, link.outputPort, &GraphPort::id) == outputs.end()) {
+        const auto output = std::ranges::find(outputs, link.outputPort, &GraphPort::id);
+        if (input == inputs.end() || output == outputs.end()) {
             continue;
         }
         const auto index = static_cast<std::size_t>(input - inputs.begin());
         for (const std::size_t channel : channelsFor(index, inputs.size(), m_channels)) {
-            memory.onDevice.push_back({.outputPort = link.outputPort, .channel = channel});
+            ways.push_back({.place = static_cast<std::size_t>(output - outputs.begin()), .channel = channel});
         }
     }
-    return memory.onDevice;
+    return ways;
+}
+
+std::vector<LinkPlan::Entry> TapPlan::inTurn(const std::vector<GraphPort>& outputs) const
+{
+    std::vector<Entry> found;
+    found.reserve(outputs.size());
+    for (std::size_t place = 0; place < outputs.size(); ++place) {
+        found.push_back({.outputPort = outputs[place].id, .channel = m_channels > 1 ? place % 2 : 0});
+    }
+    return found;
 }
 
 std::optional<std::uint32_t> TapPlan::device(const GraphSnapshot& graph, const std::vector<std::uint32_t>& nodes) const

@@ -15,7 +15,8 @@ namespace vantiro {
 
 /// All that a program plays, beside its own way to the speakers: what it sends into channel k of its first device goes
 /// to our channel k, and several streams into one channel are summed. A mono device feeds both sides. What is linked to
-/// no device goes left and right in turn. Streams that come later are found as they come.
+/// no device, and never was, goes left and right in turn; one that loses its device keeps its channels, so that a cue
+/// is not mixed into the set when an interface is unplugged. Streams that come later are found as they come.
 class TapPlan final : public LinkPlan {
 public:
     TapPlan(std::shared_ptr<ProgramList> programs, ProgramIdentity program, std::size_t channels);
@@ -28,15 +29,23 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    /// From an output port, by its place among the node's ports, to a channel of ours.
+    struct Way {
+        std::size_t place = 0;
+        std::size_t channel = 0;
+    };
+
     /// What one playback node was seen to do.
     struct Memory {
-        Clock::time_point seen;          ///< When it appeared.
-        Clock::time_point lastOnDevice;  ///< When it was last linked to a device.
-        std::vector<Entry> onDevice;     ///< What was wanted of it then.
+        Clock::time_point seen;                ///< When it appeared.
+        std::optional<std::vector<Way>> ways;  ///< How it was last linked to the device; nothing if it never was.
     };
 
     [[nodiscard]] std::vector<Entry> entriesOf(
         const GraphSnapshot& graph, std::uint32_t node, const std::vector<GraphPort>& inputs) const;
+    [[nodiscard]] std::vector<Way> waysToDevice(
+        const GraphSnapshot& graph, const std::vector<GraphPort>& outputs, const std::vector<GraphPort>& inputs) const;
+    [[nodiscard]] std::vector<Entry> inTurn(const std::vector<GraphPort>& outputs) const;
     [[nodiscard]] std::optional<std::uint32_t> device(
         const GraphSnapshot& graph, const std::vector<std::uint32_t>& nodes) const;
 

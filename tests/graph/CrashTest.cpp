@@ -30,7 +30,8 @@ TEST_F(KilledStarterTest, CostsTheTakeNothing)
 {
     // The device that the demo's starter records from, through the same client as the window.
     const auto card = device({.name = u"alsa_input.usb-Virtual_Interface-00.analog-stereo"_s});
-    const auto starter = launch({u"demo"_s, u"--start-take"_s, takePath()});
+    const auto starter = launch({u"demo"_s, u"--start-take"_s, takePath(), u"--source"_s,
+        u"alsa_input.usb-Virtual_Interface-00.analog-stereo"_s});
     ASSERT_TRUE(test::waitFor([] { return RecorderStateStore::running().has_value(); }));
     const RecorderState state = RecorderStateStore::running().value_or(RecorderState{});
     EXPECT_NE(state.pid, starter->pid());

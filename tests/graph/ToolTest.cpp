@@ -94,7 +94,7 @@ TEST_F(ToolTest, ListsWhatCanBeRecorded)
 
     const auto json = run({u"sources"_s, u"--json"_s});
     EXPECT_EQ(json.status, 0);
-    const QJsonArray array = QJsonDocument::fromJson(json.output.toUtf8()).array();
+    const QJsonArray array = QJsonDocument::fromJson(json.output.toUtf8())[u"devices"_s].toArray();
     ASSERT_EQ(array.size(), 2) << qPrintable(json.output);
     const auto first = AudioDevice::fromJson(array[0].toObject());
     ASSERT_TRUE(first);

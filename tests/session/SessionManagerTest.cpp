@@ -149,8 +149,8 @@ TEST_F(SessionManagerTest, ItsRestartEndsNoTakeOfADevice)
     expectGoesOn(expectRamp(take), take);
 }
 
-// The speakers go with it, so the stream has no way but into the take. This session manager links a stream that was
-// there before it only if its channels have to change; the take needs none of that.
+// The speakers go with it, so the stream has no way but into the take. When the new one links it again is its own
+// affair; the take needs none of that.
 TEST_F(SessionManagerTest, ItsRestartEndsNoTakeOfAProgram)
 {
     const auto player = play(u"pw-play"_s, {rampFile(SF_FORMAT_PCM_24)});

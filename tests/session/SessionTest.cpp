@@ -75,10 +75,11 @@ context.objects = [
 ]
 )";
 
-    // The session manager owns the speakers, as it owns sound cards, so they go and come with it.
+    // The session manager makes the speakers in the daemon, as it makes those of sound cards, so they go and come with
+    // it.
     const QByteArray speakersScript = R"(speakers = {}
 for name, positions in pairs({ two = "FL,FR", eight = "FL,FR,FC,LFE,RL,RR,SL,SR" }) do
-  speakers[name] = LocalNode("adapter", {
+  speakers[name] = Node("adapter", {
     ["factory.name"] = "support.null-audio-sink",
     ["node.name"] = name,
     ["node.description"] = name,
