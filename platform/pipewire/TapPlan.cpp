@@ -89,35 +89,47 @@ std::vector<LinkPlan::Entry> TapPlan::entriesOf(
     }
     const std::vector<GraphPort> outputs = graph.audioPorts(node, false);
     if (!outputDeviceNodes(graph, {node}).empty()) {
-        memory.ways = waysToDevice(graph, outputs, inputs);
-    } else if (!memory.ways && now - memory.seen >= unlinkedLimit) {
+        learnWays(memory, graph, outputs, inputs);
+    } else if (!memory.wasOnDevice && now - memory.seen >= unlinkedLimit) {
         return inTurn(outputs);
     }
     std::vector<Entry> found;
-    for (const Way& way : memory.ways.value_or(std::vector<Way>())) {
-        if (way.place < outputs.size()) {
-            found.push_back({.outputPort = outputs[way.place].id, .channel = way.channel});
+    for (const auto& [place, way] : memory.ways) {
+        for (const std::size_t channel : way.channels) {
+            if (place < outputs.size()) {
+                found.push_back({.outputPort = outputs[place].id, .channel = channel});
+            }
         }
     }
     return found;
 }
 
-std::vector<TapPlan::Way> TapPlan::waysToDevice(
-    const GraphSnapshot& graph, const std::vector<GraphPort>& outputs, const std::vector<GraphPort>& inputs) const
+void TapPlan::learnWays(Memory& memory, const GraphSnapshot& graph, const std::vector<GraphPort>& outputs,
+    const std::vector<GraphPort>& inputs) const
 {
-    std::vector<Way> ways;
+    const auto now = Clock::now();
+    memory.wasOnDevice = true;
+    std::map<std::size_t, Way> current;
     for (const GraphLink& link : graph.links) {
         const auto input = std::ranges::find(inputs, link.inputPort, &GraphPort::id);
         const auto output = std::ranges::find(outputs, link.outputPort, &GraphPort::id);
         if (input == inputs.end() || output == outputs.end()) {
             continue;
         }
+        Way& way = current[static_cast<std::size_t>(output - outputs.begin())];
+        way.lastLinked = now;
         const auto index = static_cast<std::size_t>(input - inputs.begin());
         for (const std::size_t channel : channelsFor(index, inputs.size(), m_channels)) {
-            ways.push_back({.place = static_cast<std::size_t>(output - outputs.begin()), .channel = channel});
+            way.channels.push_back(channel);
         }
     }
-    return ways;
+    // A stream is unlinked and moved port by port: the last port's link must not make the others forgotten.
+    for (auto& [place, way] : memory.ways) {
+        if (!current.contains(place) && now - way.lastLinked < unlinkedLimit) {
+            current.emplace(place, way);
+        }
+    }
+    memory.ways = std::move(current);
 }
 
 std::vector<LinkPlan::Entry> TapPlan::inTurn(const std::vector<GraphPort>& outputs) const

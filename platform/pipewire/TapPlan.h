@@ -29,22 +29,23 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    /// From an output port, by its place among the node's ports, to a channel of ours.
+    /// Where one output port of a node goes.
     struct Way {
-        std::size_t place = 0;
-        std::size_t channel = 0;
+        std::vector<std::size_t> channels;
+        Clock::time_point lastLinked;
     };
 
     /// What one playback node was seen to do.
     struct Memory {
-        Clock::time_point seen;                ///< When it appeared.
-        std::optional<std::vector<Way>> ways;  ///< How it was last linked to the device; nothing if it never was.
+        Clock::time_point seen;           ///< When it appeared.
+        std::map<std::size_t, Way> ways;  ///< By the port's place among the node's output ports.
+        bool wasOnDevice = false;
     };
 
     [[nodiscard]] std::vector<Entry> entriesOf(
         const GraphSnapshot& graph, std::uint32_t node, const std::vector<GraphPort>& inputs) const;
-    [[nodiscard]] std::vector<Way> waysToDevice(
-        const GraphSnapshot& graph, const std::vector<GraphPort>& outputs, const std::vector<GraphPort>& inputs) const;
+    void learnWays(Memory& memory, const GraphSnapshot& graph, const std::vector<GraphPort>& outputs,
+        const std::vector<GraphPort>& inputs) const;
     [[nodiscard]] std::vector<Entry> inTurn(const std::vector<GraphPort>& outputs) const;
     [[nodiscard]] std::optional<std::uint32_t> device(
         const GraphSnapshot& graph, const std::vector<std::uint32_t>& nodes) const;

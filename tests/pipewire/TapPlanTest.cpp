@@ -190,6 +190,8 @@ TEST_F(TapPlanTest, StaysWithTheFirstOfTwoDevicesForAsLongAsItCounts)
     std::ranges::rotate(m_graph.links, m_graph.links.begin() + 2);
     EXPECT_EQ(wanted(tap, m_graph), onFirst) << "links that were made anew turn nothing over";
     std::erase_if(m_graph.links, [&](const GraphLink& link) { return link.inputNode == first; });
+    static_cast<void>(wanted(tap, m_graph));
+    waitUntilSettled();
     EXPECT_EQ(wanted(tap, m_graph), (Wanted{{stream * 100 + 2, 0}, {stream * 100 + 3, 1}}));
 }
 

@@ -71,7 +71,7 @@ context.modules = [
 ]
 context.objects = [
     { factory = spa-node-factory args = { factory.name = support.node.driver node.name = Dummy-Driver
-        node.group = pipewire.dummy priority.driver = 20000 } }
+        node.group = pipewire.dummy priority.driver = 1000000 } }
 ]
 )";
 
@@ -136,8 +136,12 @@ Service::Service(const QString& program, const QStringList& arguments, const QSt
 
 Service::~Service()
 {
-    m_process.kill();
-    m_process.waitForFinished();
+    // In order, as a restart by systemd does it: a client that is killed in mid-cycle can leave 0.3.65's graph at rest.
+    m_process.terminate();
+    if (!m_process.waitForFinished(3'000)) {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
 }
 
 bool Service::isRunning()
