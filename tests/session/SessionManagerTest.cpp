@@ -153,8 +153,7 @@ TEST_F(SessionManagerTest, ItsRestartEndsNoTakeOfADevice)
     EXPECT_FALSE(end().endedBecause);
 }
 
-// The speakers go with it, so the stream has no way but into the take. When the new one links it again is its own
-// affair; the take needs none of that.
+// The speakers are the daemon's own, as a stream's way to them is nobody else's affair: the take needs none of it.
 TEST_F(SessionManagerTest, ItsRestartEndsNoTakeOfAProgram)
 {
     const auto player = play(u"pw-play"_s, {rampFile(SF_FORMAT_PCM_24)});

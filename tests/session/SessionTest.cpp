@@ -71,24 +71,12 @@ context.modules = [
 ]
 context.objects = [
     { factory = spa-node-factory args = { factory.name = support.node.driver node.name = Dummy-Driver
-        node.group = pipewire.dummy priority.driver = 1000000 } }
+        node.group = pipewire.dummy priority.driver = 20000 } }
+    { factory = adapter args = { factory.name = support.null-audio-sink node.name = two node.description = two
+        media.class = Audio/Sink priority.session = 2000 audio.position = "FL,FR" } }
+    { factory = adapter args = { factory.name = support.null-audio-sink node.name = eight node.description = eight
+        media.class = Audio/Sink priority.session = 1000 audio.position = "FL,FR,FC,LFE,RL,RR,SL,SR" } }
 ]
-)";
-
-    // The session manager makes the speakers in the daemon, as it makes those of sound cards, so they go and come with
-    // it.
-    const QByteArray speakersScript = R"(speakers = {}
-for name, positions in pairs({ two = "FL,FR", eight = "FL,FR,FC,LFE,RL,RR,SL,SR" }) do
-  speakers[name] = Node("adapter", {
-    ["factory.name"] = "support.null-audio-sink",
-    ["node.name"] = name,
-    ["node.description"] = name,
-    ["media.class"] = "Audio/Sink",
-    ["priority.session"] = name == "two" and 2000 or 1000,
-    ["audio.position"] = positions,
-  })
-  speakers[name]:activate(Feature.Proxy.BOUND)
-end
 )";
 
     QJsonArray graphObjects(const QString& dump)
@@ -185,8 +173,6 @@ bool SessionTest::startServices()
     Sandbox::writeFile(busFile, busConfiguration.arg(m_sandbox.runtime() + u"/bus"_s).toUtf8());
     Sandbox::writeFile(graphFile, graphConfiguration);
     const QString manager = m_sandbox.home() + u"/.config/wireplumber/"_s;
-    Sandbox::writeFile(manager + u"main.lua.d/95-speakers.lua"_s, "load_script(\"speakers.lua\")\n");
-    Sandbox::writeFile(manager + u"scripts/speakers.lua"_s, speakersScript);
     const auto serve = [this](const QString& program, const QStringList& arguments, const QString& socket) {
         m_services.push_back(std::make_unique<Service>(program, arguments, m_sandbox.path(u"services.log"_s)));
         return waitFor([&] { return QFile::exists(m_sandbox.runtime() + u'/' + socket); });
