@@ -36,7 +36,9 @@ DemoTake::~DemoTake()
 {
     killStarter();
     if (m_started) {
-        static_cast<void>(stop());
+        if (const auto ended = stop(); !ended) {
+            Terminal::fail(errorText(ended.error()));
+        }
     }
 }
 

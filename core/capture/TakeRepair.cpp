@@ -154,7 +154,9 @@ Result<TakeRepair> repairTake(const QString& path)
     mended.tell(frames, found->needsPadding(frames) && audioBytes > frames * frameBytes);
     if (std::ranges::equal(mended.bytes(), found->bytes())) {
         if (holdsReserve(status)) {
-            static_cast<void>(writeSize(path, mended, status));
+            if (const auto freed = writeSize(path, mended, status); !freed) {
+                return std::unexpected(freed.error());
+            }
         }
         return TakeRepair{Outcome::whole, frames, frames};
     }
