@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # The everyday commands, one line each. Every one installs first what is missing on this machine.
-.PHONY: help demo test run check bench format setup clean
+.PHONY: help demo test run check bench format words setup clean
 
 help: ; @sed -n 's/^#: //p' Makefile
 
@@ -21,6 +21,9 @@ bench: setup ; cmake --preset release -DVANTIRO_BENCH=ON && cmake --build --pres
 
 #: make format  writes all sources as clang-format would
 format: setup ; find . -path './build*' -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format-19 -i
+
+#: make words   brings the catalogue of texts in step with the sources
+words: setup ; scripts/words
 
 #: make setup   installs the packages that building, running and testing need
 setup: ; @scripts/setup

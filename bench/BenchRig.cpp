@@ -26,14 +26,11 @@ Result<std::unique_ptr<BenchRig>> BenchRig::make()
     return rig;
 }
 
-Result<std::unique_ptr<VirtualDevice>> BenchRig::makeDevice(VirtualDeviceOptions::Render render) const
+Result<std::unique_ptr<VirtualDevice>> BenchRig::makeDevice(
+    VirtualDeviceOptions::Render render, const QString& name) const
 {
     return VirtualDevice::make(m_graph->socketPath(),
-        {.name = QLatin1StringView(deviceName),
-            .channels = 2,
-            .sampleRate = sampleRate,
-            .quantum = 256,
-            .render = std::move(render)});
+        {.name = name, .channels = 2, .sampleRate = sampleRate, .quantum = 256, .render = std::move(render)});
 }
 
 Result<std::unique_ptr<VirtualDevice>> BenchRig::makeProgram(VirtualDeviceOptions::Render render) const

@@ -26,7 +26,8 @@ public:
     [[nodiscard]] static Result<std::unique_ptr<BenchRig>> make();
 
     /// A stereo interface that plays what `render` writes, 256 frames a cycle.
-    [[nodiscard]] Result<std::unique_ptr<VirtualDevice>> makeDevice(VirtualDeviceOptions::Render render) const;
+    [[nodiscard]] Result<std::unique_ptr<VirtualDevice>> makeDevice(
+        VirtualDeviceOptions::Render render, const QString& name = QLatin1StringView(deviceName)) const;
 
     /// A program's stereo stream, which this process plays to the rig's speakers.
     [[nodiscard]] Result<std::unique_ptr<VirtualDevice>> makeProgram(VirtualDeviceOptions::Render render) const;

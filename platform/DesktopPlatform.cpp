@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/DesktopPlatform.h"
 
+#include "platform/desktop/DesktopPermission.h"
 #include "platform/desktop/DesktopPower.h"
 #include "platform/pipewire/PipeWireAudio.h"
 
@@ -8,7 +9,9 @@ namespace vantiro {
 
 Platform makeDesktopPlatform()
 {
-    return {.audio = std::make_unique<PipeWireAudio>(), .power = std::make_shared<DesktopPower>()};
+    return {.audio = std::make_unique<PipeWireAudio>(),
+        .permission = std::make_shared<DesktopPermission>(),
+        .power = std::make_shared<DesktopPower>()};
 }
 
 }  // namespace vantiro

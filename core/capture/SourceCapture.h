@@ -20,9 +20,9 @@ class SourceCapture {
 public:
     struct Options {
         SourceRef source;
-        std::optional<std::int32_t> pid = std::nullopt;     ///< The program's process, if it is known.
-        std::optional<std::vector<std::int64_t>> channels;  ///< Counted from 1; the first two if absent.
-        std::optional<QString> filePath;                    ///< Absolute; a meter without one.
+        std::optional<std::int32_t> pid = std::nullopt;                    ///< The program's process, if it is known.
+        std::optional<std::vector<std::int64_t>> channels = std::nullopt;  ///< Counted from 1; the first two if absent.
+        std::optional<QString> filePath = std::nullopt;                    ///< Absolute; a meter without one.
         TakeFormat format = TakeFormat::caf;
     };
 

@@ -1,16 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/foundation/Error.h"
 
+#include "core/foundation/Secrets.h"
+
 #include <system_error>
 
 namespace vantiro {
 
 QString errorText(const Error& error)
 {
-    if (const auto* capture = std::get_if<CaptureError>(&error)) {
-        return capture->description;
-    }
-    return std::get<SystemError>(error).text;
+    return Secrets::redacted(std::visit(
+        [](const auto& kind) {
+            if constexpr (requires { kind.description; }) {
+                return kind.description;
+            } else {
+                return kind.text;
+            }
+        },
+        error));
 }
 
 Error errnoError(const QString& what, int number)

@@ -5,7 +5,8 @@
 
 namespace vantiro {
 
-/// Writes one line to standard error, which is the recorder's log when the recorder is detached. Any thread.
+/// Writes one line, without secrets, to standard error, which is the recorder's log when the recorder is detached. Any
+/// thread.
 void logLine(const QString& line);
 
 }  // namespace vantiro

@@ -57,6 +57,14 @@ protected:
     CaptureStream() = default;
 };
 
+/// At which rate a take would run.
+struct TakeRate {
+    double hertz = 0;
+    bool setByOthers = false;  ///< Another program uses the device now, and the take has to follow it.
+
+    bool operator==(const TakeRate&) const = default;
+};
+
 /// What a program plays, as a device that openCapture() takes. The device is there as long as this object.
 class AudioTap {
 public:
@@ -107,6 +115,9 @@ public:
     [[nodiscard]] virtual std::optional<QString> defaultInputUID() = 0;
     /// Channel counts of the buffers that a capture of this device delivers in each block.
     [[nodiscard]] virtual std::vector<std::int64_t> inputBuffers(const QString& uid) = 0;
+
+    /// The rate at which a take of this device would run if it began now; nothing for a device that is not there.
+    [[nodiscard]] virtual std::optional<TakeRate> takeRate(const QString& uid) = 0;
 
     /// Opens the input and connects the wanted channels (counted from 1, in range); the buffers of channels that are
     /// not wanted stay absent in each block. Waits at most 2 seconds for the source's first cycle. The failure is a

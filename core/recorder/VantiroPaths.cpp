@@ -9,12 +9,12 @@ namespace vantiro::VantiroPaths {
 
 namespace {
 
-    QString dataHome()
+    /// A base folder as the environment names it, or else this one in the user's home.
+    QString baseFolder(const char* variable, const QString& inHome)
     {
         // Relative paths in these variables are to be ignored: they would lead each process elsewhere.
-        const QString named = QFile::decodeName(qgetenv("XDG_DATA_HOME"));
-        return QDir::isAbsolutePath(named) ? QDir::cleanPath(named)
-                                           : QDir::homePath() + QStringLiteral("/.local/share");
+        const QString named = QFile::decodeName(qgetenv(variable));
+        return QDir::isAbsolutePath(named) ? QDir::cleanPath(named) : QDir(QDir::homePath()).filePath(inHome);
     }
 
     QString inSupport(const QString& name)
@@ -31,7 +31,7 @@ QString takes()
 
 QString support()
 {
-    return QDir(dataHome()).filePath(QStringLiteral("Vantiro"));
+    return QDir(baseFolder("XDG_DATA_HOME", QStringLiteral(".local/share"))).filePath(QStringLiteral("Vantiro"));
 }
 
 QString stateFile()
@@ -57,6 +57,22 @@ QString lastTakeFile()
 QString djAppsFile()
 {
     return inSupport(QStringLiteral("dj-apps.json"));
+}
+
+QString sourcesFile()
+{
+    return inSupport(QStringLiteral("sources.json"));
+}
+
+QString traceFile()
+{
+    return inSupport(QStringLiteral("trace.log"));
+}
+
+QString settingsFile()
+{
+    return QDir(baseFolder("XDG_CONFIG_HOME", QStringLiteral(".config")))
+        .filePath(QStringLiteral("Vantiro/settings.json"));
 }
 
 QString newTakeName(TakeFormat format, const QDateTime& now)

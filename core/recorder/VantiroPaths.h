@@ -24,6 +24,12 @@ namespace vantiro::VantiroPaths {
 [[nodiscard]] QString lastTakeFile();
 /// The user's own list of DJ programs.
 [[nodiscard]] QString djAppsFile();
+/// What is remembered of sources.
+[[nodiscard]] QString sourcesFile();
+/// The trace for support.
+[[nodiscard]] QString traceFile();
+/// The user's settings: ${XDG_CONFIG_HOME:-~/.config}/Vantiro/settings.json.
+[[nodiscard]] QString settingsFile();
 
 /// "mix-2026-09-19_21-04-33.caf": the moment in the local time zone, in plain digits whatever the locale.
 [[nodiscard]] QString newTakeName(TakeFormat format, const QDateTime& now = QDateTime::currentDateTimeUtc());

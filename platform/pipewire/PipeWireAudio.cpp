@@ -84,6 +84,22 @@ std::vector<std::int64_t> PipeWireAudio::inputBuffers(const QString& uid)
     return std::vector<std::int64_t>(found ? static_cast<std::size_t>(found->inputChannels) : 0, 1);
 }
 
+std::optional<TakeRate> PipeWireAudio::takeRate(const QString& uid)
+{
+    const auto graph = m_mirror->snapshot();
+    const auto entry = entryFor(*graph, uid);
+    const GraphNode* node = entry ? graph->nodeWithSerial(entry->serial) : nullptr;
+    if (node == nullptr) {
+        return std::nullopt;
+    }
+    if (!isUsedByOthers(*graph, node->id)) {
+        return TakeRate{.hertz = entry->device.sampleRate};
+    }
+    // A device that knows one rate only keeps it, whatever the graph around it runs at.
+    const bool tellsGraphRate = node->running && node->format && !node->fixedFormat;
+    return TakeRate{.hertz = tellsGraphRate ? *node->format : graph->graphRate, .setByOthers = true};
+}
+
 std::expected<std::unique_ptr<CaptureStream>, int> PipeWireAudio::openCapture(
     const QString& uid, std::span<const std::int64_t> channels, CapturePurpose purpose)
 {

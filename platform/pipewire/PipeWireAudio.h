@@ -22,6 +22,7 @@ public:
     [[nodiscard]] std::optional<AudioDevice> device(const QString& uid) override;
     [[nodiscard]] std::optional<QString> defaultInputUID() override;
     [[nodiscard]] std::vector<std::int64_t> inputBuffers(const QString& uid) override;
+    [[nodiscard]] std::optional<TakeRate> takeRate(const QString& uid) override;
     [[nodiscard]] std::expected<std::unique_ptr<CaptureStream>, int> openCapture(
         const QString& uid, std::span<const std::int64_t> channels, CapturePurpose purpose) override;
     [[nodiscard]] std::vector<AudioProcess> processes() override;

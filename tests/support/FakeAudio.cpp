@@ -10,6 +10,8 @@ namespace vantiro::test {
 
 namespace {
 
+    constexpr std::int64_t framesAtStart = 480;
+
     // One for all, so that no order of locks can go wrong, and recursive, since a listener may stop its own stream.
     std::recursive_mutex theMutex;
 
@@ -32,6 +34,7 @@ struct FakeSource::Stream final : CaptureStream {
             first += count;
         }
         source->m_streams.push_back(this);
+        ++source->timesOpened;
     }
     ~Stream() override
     {
@@ -51,6 +54,9 @@ struct FakeSource::Stream final : CaptureStream {
         if (status == 0) {
             handler = &newHandler;
             listener = std::move(newListener);
+        }
+        if (const float sample = source->sampleAtStart; status == 0 && sample != 0) {
+            source->deliver(framesAtStart, sample);
         }
         return status;
     }
@@ -176,8 +182,12 @@ private:
 std::shared_ptr<FakeSource> FakeAudio::add(
     const QString& uid, const QString& name, std::vector<std::int64_t> buffers, double rate)
 {
+    return add({.uid = uid, .name = name, .sampleRate = rate}, std::move(buffers));
+}
+
+std::shared_ptr<FakeSource> FakeAudio::add(const AudioDevice& record, std::vector<std::int64_t> buffers)
+{
     const auto lock = locked();
-    const AudioDevice record{.uid = uid, .name = name, .sampleRate = rate};
     auto source = m_sources.emplace_back(std::make_shared<FakeSource>(record, std::move(buffers)));
     tellWatches();
     return source;
@@ -211,6 +221,13 @@ std::vector<std::int64_t> FakeAudio::inputBuffers(const QString& uid)
 {
     const auto source = find(uid);
     return source ? source->m_buffers : std::vector<std::int64_t>();
+}
+
+std::optional<TakeRate> FakeAudio::takeRate(const QString& uid)
+{
+    const auto found = find(uid);
+    return found ? std::optional(TakeRate{.hertz = found->record().sampleRate, .setByOthers = found->isHeldByOthers})
+                 : std::nullopt;
 }
 
 std::expected<std::unique_ptr<CaptureStream>, int> FakeAudio::openCapture(

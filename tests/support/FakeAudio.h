@@ -34,8 +34,11 @@ public:
     /// A stream of it is started.
     [[nodiscard]] bool isRunning() const;
 
-    std::atomic<int> openStatus{0};   ///< What the next opening fails with.
-    std::atomic<int> startStatus{0};  ///< What the next start fails with.
+    std::atomic<int> openStatus{0};           ///< What the next opening fails with.
+    std::atomic<int> startStatus{0};          ///< What the next start fails with.
+    std::atomic<int> timesOpened{0};          ///< Streams that were made of it so far.
+    std::atomic<float> sampleAtStart{0};      ///< If not 0, a short block of it arrives with each start.
+    std::atomic<bool> isHeldByOthers{false};  ///< Another program keeps it at its rate.
 
 private:
     friend class FakeAudio;
@@ -57,6 +60,8 @@ public:
     /// A new device at the end of the list.
     std::shared_ptr<FakeSource> add(
         const QString& uid, const QString& name, std::vector<std::int64_t> buffers, double rate = 48'000);
+    /// The same with everything else that its record says; the channels are those of the buffers.
+    std::shared_ptr<FakeSource> add(const AudioDevice& record, std::vector<std::int64_t> buffers);
     /// The device is unplugged.
     void remove(const QString& uid);
     /// The device, or a tap, behind a UID; null if there is none.
@@ -70,6 +75,8 @@ public:
     std::optional<AudioDevice> device(const QString& uid) override;
     std::optional<QString> defaultInputUID() override { return defaultInput; }
     std::vector<std::int64_t> inputBuffers(const QString& uid) override;
+    /// The device's own rate.
+    std::optional<TakeRate> takeRate(const QString& uid) override;
     std::expected<std::unique_ptr<CaptureStream>, int> openCapture(
         const QString& uid, std::span<const std::int64_t> channels, CapturePurpose purpose) override;
     /// The programs that a test puts there, and the devices that all of them play to.
@@ -85,12 +92,13 @@ public:
         const AudioProcess& process, const AudioTap::Request& request) override;
 
     std::unique_ptr<HardwareWatch> watch(std::function<void()> onChange) override;
+    /// Tells the watches that something changed; devices that come and go do so by themselves.
+    void tellWatches();
 
 private:
     class Tap;
     class Watch;
     [[nodiscard]] std::shared_ptr<FakeSource> find(const QString& uid) const;
-    void tellWatches();
 
     std::vector<std::shared_ptr<FakeSource>> m_sources;
     std::map<const Watch*, std::function<void()>> m_watches;

@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/model/AppModel.h"
+
+#include "core/foundation/Secrets.h"
+
+#include <algorithm>
+
+namespace vantiro {
+
+AppModel::AppModel(std::unique_ptr<SettingsStore> store, SourceMemory memory, Trace trace, Kind kind)
+    // Whatever store a sample is given, it saves nothing.
+    : AppSettings(kind == Kind::sample ? std::make_unique<SettingsStore>() : std::move(store))
+    , m_kind(kind)
+    , m_trace(std::move(trace))
+    , m_memory(std::move(memory))
+    , m_history(historyLength, meterFloorDB)
+{
+    m_lastKnownName = tr("No source");
+    m_sourceName.setBinding([this] { return nameOfSelection(); });
+    m_deckState.setBinding([this] { return stateOfDeck(); });
+    m_headline.setBinding([this] { return lineOfFindings(); });
+}
+
+AppModel::~AppModel() = default;
+
+void AppModel::setRecorder(const std::optional<RecorderState>& recorder)
+{
+    const std::optional<RecorderState>& old = m_recorder.value();
+    const auto frames = [](const RecorderState& state) { return state.stats ? state.stats->frames : 0; };
+    const bool isSame = old.has_value() == recorder.has_value()
+        && (!old || (old->pid == recorder->pid && old->path == recorder->path && frames(*old) == frames(*recorder)));
+    if (!isSame) {
+        m_recorder = recorder;
+    }
+}
+
+void AppModel::pushHistory(float peakDB)
+{
+    const bool isSame = std::ranges::all_of(m_history, [peakDB](float value) { return value == peakDB; });
+    if (isSame) {
+        return;
+    }
+    std::ranges::copy(std::span(m_history).subspan(1), m_history.begin());
+    m_history.back() = peakDB;
+    Q_EMIT historyChanged();
+}
+
+void AppModel::clearHistory()
+{
+    const bool isClear = std::ranges::all_of(m_history, [](float value) { return value == meterFloorDB; });
+    if (!isClear) {
+        std::ranges::fill(m_history, meterFloorDB);
+        Q_EMIT historyChanged();
+    }
+}
+
+void AppModel::setFindings(std::vector<PreflightFinding> findings)
+{
+    if (findings == m_findings.value()) {
+        return;
+    }
+    m_trace.line([&] {
+        QStringList titles;
+        for (const PreflightFinding& finding : findings) {
+            titles << finding.title;
+        }
+        return QStringLiteral("source: %1 (%2) | %3")
+            .arg(sourceName(), m_selectionIsManual ? QStringLiteral("manual") : QStringLiteral("automatic"),
+                titles.join(QStringLiteral(", ")));
+    });
+    m_findings = std::move(findings);
+}
+
+void AppModel::setError(const std::optional<QString>& text)
+{
+    const auto shown = text ? std::optional(Secrets::redacted(*text)) : std::nullopt;
+    if (shown && !shown->isEmpty()) {
+        m_trace.line([&] { return QStringLiteral("message: ") + *shown; });
+    }
+    m_errorMessage = shown;
+}
+
+std::optional<RankedSource> AppModel::selectedRanked() const
+{
+    const auto& sources = m_sources.value();
+    const auto& selected = m_selected.value();
+    const auto found = selected
+        ? std::ranges::find(sources, *selected, [](const RankedSource& source) { return source.observation.ref; })
+        : sources.end();
+    return found == sources.end() ? std::nullopt : std::optional(*found);
+}
+
+QString AppModel::nameOfSelection() const
+{
+    // All are read at once, so that a change of any makes the name anew.
+    const auto& selected = m_selected.value();
+    const auto& recorder = m_recorder.value();
+    const auto& devices = m_devices.value();
+    const QString lastKnown = m_lastKnownName.value();
+    if (const auto ranked = selectedRanked()) {
+        return ranked->observation.name;
+    }
+    if (recorder) {
+        return recorder->deviceName;
+    }
+    if (!selected) {
+        return tr("No source");
+    }
+    if (selected->kind == SourceRef::Kind::device) {
+        const auto device = std::ranges::find(devices, selected->id, &AudioDevice::uid);
+        if (device != devices.end()) {
+            return device->name;
+        }
+    }
+    return lastKnown;
+}
+
+DeckState AppModel::stateOfDeck() const
+{
+    const auto& recorder = m_recorder.value();
+    const bool starting = m_starting.value();
+    const bool detecting = m_detecting.value();
+    const bool hasSource = m_selected.value().has_value();
+    if (recorder) {
+        return {.kind = DeckState::Kind::recording, .since = recorder->startedAt};
+    }
+    if (starting) {
+        return {.kind = DeckState::Kind::starting};
+    }
+    if (detecting) {
+        return {.kind = DeckState::Kind::listening};
+    }
+    return {.kind = hasSource ? DeckState::Kind::ready : DeckState::Kind::noSource};
+}
+
+AppModel::Headline AppModel::lineOfFindings() const
+{
+    using Severity = PreflightFinding::Severity;
+    // Both are read at once, so that a change of either makes the line anew.
+    const auto& findings = m_findings.value();
+    const bool detecting = m_detecting.value();
+    if (findings.empty()) {
+        return {.text = detecting ? tr("Listening for your mix…") : tr("Nothing found yet")};
+    }
+    // max_element() gives the first of equals.
+    const auto worst = std::ranges::max_element(findings, {}, &PreflightFinding::severity);
+    if (worst->severity > Severity::ok) {
+        return {.text = worst->title, .severity = worst->severity};
+    }
+    const auto level = std::ranges::find(findings, PreflightFinding::Check::level, &PreflightFinding::check);
+    return {.text = tr("Ready. %1").arg(level == findings.end() ? QString() : level->title)};
+}
+
+std::int64_t AppModel::channelCount() const
+{
+    const auto& selected = m_selected.value();
+    if (!selected) {
+        return 0;
+    }
+    if (selected->kind == SourceRef::Kind::app) {
+        return m_meterFormat.value() ? m_meterFormat.value()->channels : 0;
+    }
+    const auto& devices = m_devices.value();
+    const auto device = std::ranges::find(devices, selected->id, &AudioDevice::uid);
+    return device == devices.end() ? 0 : device->inputChannels;
+}
+
+std::int64_t AppModel::firstChannelOfSelection() const
+{
+    return m_selected.value() ? firstChannel().value(m_selected.value()->id, 1) : 1;
+}
+
+void AppModel::setFirstChannelOfSelection(std::int64_t channel)
+{
+    if (m_selected.value()) {
+        Channels channels = firstChannel();
+        channels.insert(m_selected.value()->id, channel);
+        setFirstChannel(channels);
+    }
+}
+
+std::optional<std::vector<std::int64_t>> AppModel::channelsForSelection() const
+{
+    const std::int64_t first = firstChannelOfSelection();
+    if (first <= 1) {
+        return std::nullopt;
+    }
+    const bool isDevice = m_selected.value()->kind == SourceRef::Kind::device;
+    const std::int64_t available = isDevice ? channelCount() : 0;
+    if (available > 0 && available < first + 1) {
+        return std::nullopt;
+    }
+    return std::vector{first, first + 1};
+}
+
+}  // namespace vantiro

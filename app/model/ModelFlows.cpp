@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/model/ModelFlows.h"
+
+namespace vantiro {
+
+ModelFlows::ModelFlows(AppModel& model, const ModelServices& services)
+    : m_model(model)
+    , m_findings(model, services)
+    , m_meter(model, m_findings, services)
+    , m_sources(model, m_findings, services)
+    , m_takes(model, m_sources, services)
+{ }
+
+void ModelFlows::start()
+{
+    m_takes.start();
+    m_sources.start();
+    if (m_model.didSetup()) {
+        m_sources.ensureListening();
+    }
+}
+
+void ModelFlows::becomeActive()
+{
+    m_sources.refreshPermission();
+    m_takes.pollRecorder();
+}
+
+}  // namespace vantiro

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/model/FindingsWatch.h"
+#include "app/model/LiveMeter.h"
+#include "app/model/SourceWatch.h"
+#include "app/model/TakeFlow.h"
+
+namespace vantiro {
+
+/// All that drives the model, joined. The model and the services outlive it. Main thread only.
+class ModelFlows {
+public:
+    ModelFlows(AppModel& model, const ModelServices& services);
+
+    ModelFlows(const ModelFlows&) = delete;
+    ModelFlows& operator=(const ModelFlows&) = delete;
+
+    /// Called once, right after construction: finds a take that runs already, follows the hardware, and listens for the
+    /// mix if the setup guide has been passed.
+    void start();
+    /// The application came to the front: what may have changed behind its back is read anew.
+    void becomeActive();
+
+    [[nodiscard]] LiveMeter& meter() { return m_meter; }
+    [[nodiscard]] SourceWatch& sources() { return m_sources; }
+    [[nodiscard]] TakeFlow& takes() { return m_takes; }
+
+private:
+    AppModel& m_model;
+    FindingsWatch m_findings;
+    LiveMeter m_meter;
+    SourceWatch m_sources;
+    TakeFlow m_takes;
+};
+
+}  // namespace vantiro

@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// vantiro_bench_model SECONDS ROUNDS: measures the application's model (a running meter, the probe of eight devices,
+// ten simulated minutes) and prints what it found as JSON. With --meter it is the application that is measured.
+#include "app/model/ModelFlows.h"
+#include "app/model/QtScheduler.h"
+#include "bench/BenchRig.h"
+#include "bench/MeasuredProcess.h"
+#include "core/recorder/VantiroPaths.h"
+#include "platform/DesktopPlatform.h"
+#include "platform/pipewire/PipeWireAudio.h"
+#include "platform/rig/MadeSet.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <csignal>
+#include <cstdio>
+#include <thread>
+
+namespace vantiro {
+
+namespace {
+
+    using namespace Qt::StringLiterals;
+    using namespace std::chrono_literals;
+    using Clock = std::chrono::steady_clock;
+
+    constexpr int probedDevices = 8;
+    constexpr auto hearingLimit = 15s;
+    constexpr auto settling = 4s;
+
+    double milliseconds(std::chrono::nanoseconds span)
+    {
+        return std::chrono::duration<double, std::milli>(span).count();
+    }
+
+    VirtualDeviceOptions::Render set()
+    {
+        return [set = MadeSet(BenchRig::sampleRate)](
+                   auto channels, int frames, std::int64_t position) { set.render(channels, frames, position); };
+    }
+
+    /// The application without its window, with the meter on, until SIGINT. Says so once it hears something.
+    int beTheApplication()
+    {
+        std::signal(SIGINT, [](int) { QCoreApplication::quit(); });
+        const Platform platform = makeDesktopPlatform();
+        QtScheduler scheduler;
+        AppModel model(std::make_unique<SettingsStore>(VantiroPaths::settingsFile()), {}, {});
+        ModelFlows flows(model, {.audio = *platform.audio, .permission = platform.permission, .scheduler = scheduler});
+        bool told = false;
+        QObject::connect(&model, &AppModel::levelsChanged, &model, [&] {
+            if (model.levels().left > meterFloorDB && !std::exchange(told, true)) {
+                std::puts("hearing");
+                std::fflush(stdout);
+            }
+        });
+        flows.start();
+        flows.meter().addUser();
+        flows.sources().ensureListening();
+        return QCoreApplication::exec();
+    }
+
+    Result<QJsonObject> measureMeter(const BenchRig& rig, std::chrono::seconds span)
+    {
+        const auto player = rig.makeDevice(set());
+        if (!player) {
+            return std::unexpected(player.error());
+        }
+        const QString log = rig.path(u"model.log"_s);
+        const auto application = MeasuredProcess::start(QCoreApplication::applicationFilePath(), {u"--meter"_s}, log);
+        if (!application) {
+            return std::unexpected(application.error());
+        }
+        const auto isHearing = [&] {
+            QFile file(log);
+            return file.open(QIODevice::ReadOnly) && file.readAll().contains("hearing");
+        };
+        for (const auto start = Clock::now(); !isHearing();) {
+            if (Clock::now() - start > hearingLimit) {
+                return captureFailure(u"the application hears nothing"_s);
+            }
+            std::this_thread::sleep_for(20ms);
+        }
+        std::this_thread::sleep_for(settling);
+        const auto before = (*application)->processorTime();
+        const auto bytesBefore = (*application)->privateBytes();
+        std::this_thread::sleep_for(span);
+        const auto after = (*application)->processorTime();
+        const auto bytesAfter = (*application)->privateBytes();
+        if (!before || !after || !bytesBefore || !bytesAfter) {
+            return captureFailure(u"the application ended too early"_s);
+        }
+        return QJsonObject{{u"processorMilliseconds"_s, milliseconds(*after - *before)},
+            {u"privateBytes"_s, static_cast<double>(*bytesAfter)},
+            {u"privateGrowthBytes"_s, static_cast<double>(*bytesAfter - *bytesBefore)}};
+    }
+
+    Result<QJsonArray> measureProbe(const BenchRig& rig, int rounds)
+    {
+        std::vector<std::unique_ptr<VirtualDevice>> devices;
+        for (int index = 0; index < probedDevices; ++index) {
+            auto made = rig.makeDevice(set(), u"bench.probe-%1"_s.arg(index));
+            if (!made) {
+                return std::unexpected(made.error());
+            }
+            devices.push_back(*std::move(made));
+        }
+        PipeWireAudio audio;
+        QJsonArray times;
+        for (int round = 0; round < rounds; ++round) {
+            const auto start = Clock::now();
+            const FoundSources found = SourceProbe::find(audio, {}, {});
+            times.append(milliseconds(Clock::now() - start));
+            const auto heard = std::ranges::count_if(
+                found.sources, [](const RankedSource& source) { return source.observation.peakDB.has_value(); });
+            if (heard != probedDevices) {
+                return captureFailure(u"only %1 of %2 devices were heard"_s.arg(heard).arg(probedDevices));
+            }
+        }
+        return times;
+    }
+
+    Result<QJsonObject> measure(std::chrono::seconds span, int rounds)
+    {
+        const auto rig = BenchRig::make();
+        if (!rig) {
+            return std::unexpected(rig.error());
+        }
+        const auto meter = measureMeter(**rig, span);
+        if (!meter) {
+            return std::unexpected(meter.error());
+        }
+        const auto probe = measureProbe(**rig, rounds);
+        if (!probe) {
+            return std::unexpected(probe.error());
+        }
+        return QJsonObject{{u"meter"_s, *meter}, {u"probeMilliseconds"_s, *probe}};
+    }
+
+}  // namespace
+
+}  // namespace vantiro
+
+int main(int argc, char* argv[])
+{
+    using namespace vantiro;
+
+    const QCoreApplication application(argc, argv);
+    const QStringList words = QCoreApplication::arguments();
+    if (words.value(1) == QStringLiteral("--meter")) {
+        return beTheApplication();
+    }
+    const int seconds = words.value(1).toInt();
+    const int rounds = words.value(2).toInt();
+    if (words.size() != 3 || seconds < 1 || rounds < 1) {
+        std::fputs("usage: vantiro_bench_model SECONDS ROUNDS\n", stderr);
+        return 2;
+    }
+    const auto found = measure(std::chrono::seconds(seconds), rounds);
+    if (!found) {
+        std::fprintf(stderr, "%s\n", qPrintable(errorText(found.error())));
+        return 1;
+    }
+    std::puts(QJsonDocument(*found).toJson().constData());
+    return 0;
+}

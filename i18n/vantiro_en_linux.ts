@@ -1,0 +1,62 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!-- SPDX-License-Identifier: GPL-3.0-or-later -->
+<!DOCTYPE TS>
+<TS version="2.1" language="en_linux" sourcelanguage="en">
+<context>
+    <name>EndingWords</name>
+    <message numerus="yes">
+        <source>The take has %n gaps, for example where the Mac slept. The rest of the file is intact.</source>
+        <translation>
+            <numerusform>The take has %n gap, for example where the computer slept. The rest of the file is intact.</numerusform>
+            <numerusform>The take has %n gaps, for example where the computer slept. The rest of the file is intact.</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>ErrorWords</name>
+    <message>
+        <source>this Mac is offline</source>
+        <translation>this computer is offline</translation>
+    </message>
+</context>
+<context>
+    <name>Preflight</name>
+    <message>
+        <source>Play a track in %1. If one is playing, allow Vantiro in System Settings, Privacy and Security, System Audio Recording.</source>
+        <translation>Play a track in %1. If one is playing, make sure that %1 is not muted in your sound settings, and that an output is chosen in its own audio settings.</translation>
+    </message>
+    <message>
+        <source>Set %1 to 44,100 or 48,000 Hz in Audio MIDI Setup.</source>
+        <translation>Set the clock rate of PipeWire to 44,100 or 48,000 Hz. If %1 stays below that, choose another profile for the device in your sound settings.</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n minutes of recording fit. Free some space first.</source>
+        <translation>
+            <numerusform>%n minute of recording fits. Free some space first.</numerusform>
+            <numerusform>%n minutes of recording fit. Free some space first.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 hours of recording free</source>
+        <translation>
+            <numerusform>%1 hour of recording free</numerusform>
+            <numerusform>%1 hours of recording free</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Connect an audio interface or a controller, or start a DJ app on this Mac. The setup guide shows what goes where.</source>
+        <translation>Connect an audio interface or a controller, or start a DJ app on this computer. The setup guide shows what goes where.</translation>
+    </message>
+    <message>
+        <source>macOS treats every audio input as a microphone. Allow Vantiro in System Settings, Privacy and Security, Microphone. If the meter stays empty after that, quit and reopen Vantiro.</source>
+        <translation>Your desktop treats every audio input as a microphone, and keeps Vantiro from them. Allow Vantiro to use the microphone on the privacy page of your desktop&apos;s settings. If the meter stays empty after that, quit and reopen Vantiro.</translation>
+    </message>
+</context>
+<context>
+    <name>SourceRanker</name>
+    <message>
+        <source>playing on this Mac</source>
+        <translation>playing on this computer</translation>
+    </message>
+</context>
+</TS>
