@@ -4,7 +4,7 @@
 
 help: ; @sed -n 's/^#: //p' Makefile
 
-#: make demo    records a take from a virtual rig on a private PipeWire graph and shows what came out
+#: make demo    lets the product find the mix on a private PipeWire graph, records it, and shows what came out
 demo: setup ; cmake --preset release && cmake --build --preset release --target bin/vantiro && build/release/bin/vantiro demo
 
 #: make test    builds for work and runs all tests but the long ones

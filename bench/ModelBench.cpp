@@ -9,6 +9,8 @@
 #include "platform/DesktopPlatform.h"
 #include "platform/pipewire/PipeWireAudio.h"
 #include "platform/rig/MadeSet.h"
+#include "tests/support/FakeAudio.h"
+#include "tests/support/FakeScheduler.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -18,7 +20,10 @@
 
 #include <csignal>
 #include <cstdio>
+#include <ctime>
 #include <thread>
+
+#include <malloc.h>
 
 namespace vantiro {
 
@@ -124,6 +129,48 @@ namespace {
         return times;
     }
 
+    std::chrono::nanoseconds processorTime()
+    {
+        timespec used{};
+        ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+        return std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec);
+    }
+
+    /// Ten minutes of ticks with a meter and a take's state, on a clock that the benchmark moves.
+    QJsonObject simulate()
+    {
+        constexpr int minutes = 10;
+        constexpr std::int64_t framesPerTick = 1600;
+        test::FakeAudio audio;
+        const auto card = audio.add(QStringLiteral("card"), QStringLiteral("Card"), {2});
+        test::FakeScheduler scheduler;
+        AppModel model(std::make_unique<SettingsStore>(), {}, {});
+        ModelFlows flows(
+            model, {.audio = audio, .permission = makeDesktopPlatform().permission, .scheduler = scheduler});
+        flows.start();
+        flows.sources().choose(SourceRef::device(QStringLiteral("card")));
+        flows.meter().addUser();
+        scheduler.settle();
+        const auto minute = [&] {
+            for (int tick = 0; tick < 60 * 30; ++tick) {
+                // A level that moves, so that every tick has something to tell.
+                card->deliver(framesPerTick, 0.1F + 0.0004F * static_cast<float>(tick));
+                scheduler.advance(MeterBallistics::period);
+                scheduler.settle();
+            }
+        };
+        minute();
+        const std::size_t before = ::mallinfo2().uordblks;
+        const auto usedBefore = processorTime();
+        for (int passed = 0; passed < minutes; ++passed) {
+            minute();
+        }
+        const auto used = processorTime() - usedBefore;
+        const std::size_t after = ::mallinfo2().uordblks;
+        return {{u"growthBytes"_s, static_cast<double>(after) - static_cast<double>(before)},
+            {u"processorMillisecondsPerMinute"_s, milliseconds(used) / minutes}};
+    }
+
     Result<QJsonObject> measure(std::chrono::seconds span, int rounds)
     {
         const auto rig = BenchRig::make();
@@ -138,7 +185,7 @@ namespace {
         if (!probe) {
             return std::unexpected(probe.error());
         }
-        return QJsonObject{{u"meter"_s, *meter}, {u"probeMilliseconds"_s, *probe}};
+        return QJsonObject{{u"meter"_s, *meter}, {u"probeMilliseconds"_s, *probe}, {u"simulated"_s, simulate()}};
     }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tool/AccountText.h"
 
+#include "core/foundation/Numbers.h"
 #include "tool/Terminal.h"
 
 namespace vantiro {
@@ -29,7 +30,7 @@ namespace {
             return stats.clockChecked.value_or(false) ? QStringLiteral("none") : QStringLiteral("not known");
         }
         return QStringLiteral("%1, %2 frames lost")
-            .arg(Terminal::grouped(stats.discontinuities), Terminal::grouped(stats.lostFrames));
+            .arg(groupedNumber(stats.discontinuities), groupedNumber(stats.lostFrames));
     }
 
     QString diskText(const CaptureStats& stats)
@@ -39,7 +40,7 @@ namespace {
                                                       : QStringLiteral("%1 failed writes").arg(*stats.writeErrors);
         }
         return stats.writeFailed()
-            ? QStringLiteral("%1 frames are missing").arg(Terminal::grouped(stats.missingFrames().value_or(0)))
+            ? QStringLiteral("%1 frames are missing").arg(groupedNumber(stats.missingFrames().value_or(0)))
             : QStringLiteral("every frame is in the file");
     }
 
@@ -52,7 +53,7 @@ QStringList accountText(const RecorderState& state)
     if (const auto& stats = state.stats) {
         lines << row(QStringLiteral("Length"),
             QStringLiteral("%1 (%2 frames at %3 Hz)")
-                .arg(Terminal::clockText(stats->seconds()), Terminal::grouped(stats->frames))
+                .arg(Terminal::clockText(stats->seconds()), groupedNumber(stats->frames))
                 .arg(stats->sampleRate))
               << row(QStringLiteral("Peak"), QStringLiteral("%1 dB").arg(double(stats->peakDB()), 0, 'f', 1))
               << row(QStringLiteral("Gaps"), gapText(*stats)) << row(QStringLiteral("Disk"), diskText(*stats))

@@ -40,4 +40,17 @@ std::optional<QString> Arguments::value(const QString& name) const
     return found == m_values.cend() ? std::nullopt : std::optional(*found);
 }
 
+Result<std::optional<SourceRef>> Arguments::source() const
+{
+    const auto device = value(QStringLiteral("--device"));
+    const auto app = value(QStringLiteral("--app"));
+    if (device && app) {
+        return captureFailure(QStringLiteral("give one source: --device UID or --app ID"));
+    }
+    if (device) {
+        return SourceRef::device(*device);
+    }
+    return app ? std::optional(SourceRef::app(*app)) : std::nullopt;
+}
+
 }  // namespace vantiro

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/foundation/Result.h"
+#include "core/sources/SourceRef.h"
 
 #include <QHash>
 #include <QString>
@@ -22,6 +23,8 @@ public:
 
     [[nodiscard]] bool has(const QString& name) const { return m_values.contains(name); }
     [[nodiscard]] std::optional<QString> value(const QString& name) const;
+    /// The source that --device or --app names, if one does. Fails with a sentence if both do.
+    [[nodiscard]] Result<std::optional<SourceRef>> source() const;
 
 private:
     QHash<QString, QString> m_values;

@@ -13,8 +13,10 @@ int recordCommand(const QStringList& words);
 int statusCommand(const QStringList& words);
 /// Ends the running take and shows its account.
 int stopCommand(const QStringList& words);
-/// Lists what can be recorded from.
+/// Lists what can be recorded from, the likeliest first.
 int sourcesCommand(const QStringList& words);
+/// Tells what stands in the way of a take.
+int checkCommand(const QStringList& words);
 /// Records a take from a virtual rig on a private graph.
 int demoCommand(const QStringList& words);
 

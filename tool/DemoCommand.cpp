@@ -1,18 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/foundation/Decibels.h"
 #include "core/foundation/Files.h"
+#include "core/foundation/Numbers.h"
+#include "core/recorder/RecorderStateStore.h"
 #include "core/recorder/VantiroPaths.h"
+#include "platform/DesktopPlatform.h"
 #include "tool/AccountText.h"
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
 #include "tool/DemoProof.h"
 #include "tool/DemoRig.h"
 #include "tool/DemoTake.h"
+#include "tool/Listening.h"
 #include "tool/SignalWatch.h"
+#include "tool/SourcesText.h"
 #include "tool/Terminal.h"
 
 #include <QDir>
-
-#include <array>
 
 namespace vantiro {
 
@@ -32,31 +36,18 @@ namespace {
     const QString sourceOption = u"--source"_s;
     const QString appOption = u"--be-the-app"_s;
 
-    QString progress(const RecorderState& state)
-    {
-        const CaptureStats stats = state.stats.value_or(CaptureStats{});
-        return u"%1 %2 frames, peak %3 dB"_s.arg(
-            state.deviceName, Terminal::grouped(stats.frames), QString::number(double(stats.peakDB()), 'f', 1));
-    }
-
-    using Takes = std::array<DemoTake, 2>;
-
-    /// Watches both takes until they are so long.
-    Result<void> watchUntil(double seconds, Takes& takes, SignalWatch& signals)
+    /// Watches the take until it is so long.
+    Result<void> watchUntil(double seconds, SignalWatch& signals)
     {
         for (;;) {
-            QStringList parts;
-            double shortest = seconds;
-            for (DemoTake& take : takes) {
-                const auto state = take.state();
-                if (!state) {
-                    return captureFailure(u"a take ended too early"_s);
-                }
-                parts << progress(*state);
-                shortest = std::min(shortest, state->stats ? state->stats->seconds() : 0);
+            const auto state = RecorderStateStore::running();
+            if (!state) {
+                return captureFailure(u"the take ended too early"_s);
             }
-            Terminal::print(u"  %1   %2"_s.arg(Terminal::clockText(shortest), parts.join(u"   "_s)));
-            if (shortest >= seconds) {
+            const CaptureStats stats = state->stats.value_or(CaptureStats{});
+            Terminal::print(u"  %1  %2 frames, peak %3 dB"_s.arg(Terminal::clockText(stats.seconds()),
+                groupedNumber(stats.frames).rightJustified(9), Decibels::text(stats.peakDB())));
+            if (stats.seconds() >= seconds) {
                 return {};
             }
             if (signals.wait(1s)) {
@@ -65,47 +56,64 @@ namespace {
         }
     }
 
-    Result<void> record(Takes& takes, double seconds, SignalWatch& signals)
+    /// Lets the product look for the mix, and shows what it found.
+    Result<SourceRef> findTheMix(SignalWatch& signals)
     {
-        for (DemoTake& take : takes) {
-            const auto state = take.start([&signals] { return signals.stopRequested(); });
-            if (!state) {
-                return std::unexpected(state.error());
-            }
-            Terminal::print(u"Recording %1 (recorder %2, started by %3)."_s.arg(state->deviceName)
-                    .arg(state->pid)
-                    .arg(take.starterPid()));
+        const Platform platform = makeDesktopPlatform();
+        auto found = Listening::find(*platform.audio, signals);
+        if (!found) {
+            return std::unexpected(found.error());
         }
-        if (auto watched = watchUntil(seconds / 2, takes, signals); !watched) {
-            return watched;
+        const auto pick = found->pick();
+        Terminal::print(u"\nListened to everything for %1 seconds. The likeliest to carry the mix comes first:\n"_s.arg(
+            QString::number(std::chrono::duration<double>(SourceProbe::usualTime).count())));
+        Terminal::print(sourcesText(SourcesView::of(*std::move(found), *platform.audio)).join(u'\n'));
+        if (pick != SourceRef::app(QLatin1StringView(DemoRig::appIdentifier))) {
+            return captureFailure(
+                u"the virtual DJ app plays the mix, but %1 was picked"_s.arg(pick ? pick->descriptor() : u"nothing"_s));
         }
-        for (DemoTake& take : takes) {
-            take.killStarter();
-        }
-        Terminal::print(u"Killed the programs that started the takes (SIGKILL). The takes go on:"_s);
-        return watchUntil(seconds, takes, signals);
+        return *pick;
     }
 
-    Result<void> showAccount(DemoTake& take)
+    Result<RecorderState> record(const SourceRef& source, const QString& path, double seconds, SignalWatch& signals)
     {
-        const auto last = take.stop();
-        if (!last) {
-            return std::unexpected(last.error());
+        DemoTake take;
+        const auto state = take.start(source, path, [&signals] { return signals.stopRequested(); });
+        if (!state) {
+            return std::unexpected(state.error());
         }
-        Terminal::print(u"Stopped %1. The account of the take:"_s.arg(last->deviceName));
-        for (const QString& line : accountText(*last)) {
+        Terminal::print(
+            u"\nRecording %1. The recorder is process %2, and process %3 started it:"_s.arg(state->deviceName)
+                .arg(state->pid)
+                .arg(take.starterPid()));
+        if (auto watched = watchUntil(seconds / 2, signals); !watched) {
+            return std::unexpected(watched.error());
+        }
+        Terminal::print(
+            u"Killing process %1 (SIGKILL), as if the window had crashed. The take goes on:"_s.arg(take.starterPid()));
+        take.killStarter();
+        if (auto watched = watchUntil(seconds, signals); !watched) {
+            return std::unexpected(watched.error());
+        }
+        return DemoTake::stop();
+    }
+
+    Result<void> showAccount(const RecorderState& last)
+    {
+        Terminal::print(u"\nStopped. The account of the take:"_s);
+        for (const QString& line : accountText(last)) {
             Terminal::print(line);
         }
-        const auto proof = compareWithSet(last->path, DemoRig::sampleRate);
+        const auto proof = compareWithSet(last.path, DemoRig::sampleRate);
         if (!proof) {
             return std::unexpected(proof.error());
         }
-        if (proof->differing > 0 || !last->stats || proof->frames != last->stats->frames) {
+        if (proof->differing > 0 || !last.stats || proof->frames != last.stats->frames) {
             return captureFailure(
                 u"%1 of %2 frames are not what was played"_s.arg(proof->differing).arg(proof->frames));
         }
         Terminal::print(u"  Proof    all %1 frames are, bit by bit, what was played from second %2 of the set"_s.arg(
-            Terminal::grouped(proof->frames), QString::number(proof->setSeconds, 'f', 3)));
+            groupedNumber(proof->frames), QString::number(proof->setSeconds, 'f', 3)));
         return {};
     }
 
@@ -119,24 +127,17 @@ namespace {
         if (!rig) {
             return std::unexpected(rig.error());
         }
-        Terminal::print(u"A private PipeWire graph is up; this is what there is to record from:"_s);
-        if (sourcesCommand({}) != Terminal::done) {
-            return captureFailure(u"the private graph does not answer"_s);
+        Terminal::printParagraph(u"A private PipeWire graph is up. A virtual DJ app plays a set there, beside an "
+                                 "interface that is silent, a microphone in a room, and a virtual cable with noise on "
+                                 "it. Nothing of yours is touched."_s,
+            0);
+        const auto source = findTheMix(signals);
+        if (!source) {
+            return std::unexpected(source.error());
         }
-        const QString name = VantiroPaths::newTakeName(TakeFormat::caf);
-        Takes takes{DemoTake(SourceRef::device(QLatin1StringView(DemoRig::interfaceName)), (*rig)->dataHome(u"data"_s),
-                        QDir(folder).filePath(u"interface-"_s + name)),
-            DemoTake(SourceRef::app(QLatin1StringView(DemoRig::appIdentifier)),
-                (*rig)->dataHome(u"data-of-a-second-recorder"_s), QDir(folder).filePath(u"app-"_s + name))};
-        if (auto recorded = record(takes, seconds, signals); !recorded) {
-            return recorded;
-        }
-        for (DemoTake& take : takes) {
-            if (auto shown = showAccount(take); !shown) {
-                return shown;
-            }
-        }
-        return {};
+        const auto last =
+            record(*source, QDir(folder).filePath(VantiroPaths::newTakeName(TakeFormat::caf)), seconds, signals);
+        return last ? showAccount(*last) : std::unexpected(last.error());
     }
 
 }  // namespace

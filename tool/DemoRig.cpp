@@ -1,10 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tool/DemoRig.h"
 
+#include "core/foundation/Files.h"
+#include "core/recorder/VantiroPaths.h"
 #include "platform/rig/MadeSet.h"
 #include "tool/Terminal.h"
 
 #include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <random>
 
 #include <unistd.h>
 
@@ -24,6 +31,36 @@ namespace {
     {
         return [set = MadeSet(DemoRig::sampleRate)](std::span<float* const> channels, int frames,
                    std::int64_t position) { set.render(channels, frames, position); };
+    }
+
+    /// White noise with this peak (linear).
+    VirtualDevice::Options::Render hisses(float peak)
+    {
+        return
+            [peak, generator = std::minstd_rand()](std::span<float* const> channels, int frames, std::int64_t) mutable {
+                std::uniform_real_distribution<float> sample(-peak, peak);
+                for (float* channel : channels) {
+                    std::generate_n(channel, frames, [&] { return sample(generator); });
+                }
+            };
+    }
+
+    /// What is there beside the DJ app, as PipeWire would show it.
+    std::vector<VirtualDevice::Options> otherGear()
+    {
+        constexpr float cablePeak = 0.1F;   // -20 dB, as loud as a mix.
+        constexpr float roomPeak = 0.002F;  // -54 dB.
+        return {
+            {.name = u"alsa_input.usb-Virtual_Interface-00.analog-stereo"_s,
+                .description = u"Virtual Interface"_s,
+                .properties = {{u"device.bus"_s, u"usb"_s}}},
+            {.name = u"alsa_input.pci-0000_00_1f.3.analog-mono"_s,
+                .description = u"Built-in Microphone"_s,
+                .channels = 1,
+                .properties = {{u"device.bus"_s, u"pci"_s}, {u"alsa.driver_name"_s, u"snd_hda_intel"_s}},
+                .render = hisses(roomPeak)},
+            {.name = u"virtual-cable"_s, .description = u"Virtual Cable"_s, .render = hisses(cablePeak)},
+        };
     }
 
     /// What a session manager would do: the app's sound goes to the speakers.
@@ -50,13 +87,20 @@ Result<std::unique_ptr<DemoRig>> DemoRig::make()
     if (!rig->m_folder.isValid()) {
         return captureFailure(u"no temporary folder could be made: %1"_s.arg(rig->m_folder.errorString()));
     }
-    qputenv("XDG_DATA_HOME", rig->dataHome(u"data"_s).toUtf8());
-    qputenv("XDG_CONFIG_HOME", rig->dataHome(u"config"_s).toUtf8());
-    qputenv("XDG_STATE_HOME", rig->dataHome(u"state"_s).toUtf8());
+    qputenv("XDG_DATA_HOME", rig->m_folder.filePath(u"data"_s).toUtf8());
+    qputenv("XDG_CONFIG_HOME", rig->m_folder.filePath(u"config"_s).toUtf8());
+    qputenv("XDG_STATE_HOME", rig->m_folder.filePath(u"state"_s).toUtf8());
     qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", "disabled:");
 
-    auto graph = PrivateGraph::start(rig->dataHome(u"run"_s),
+    // What a user does whose DJ app Vantiro does not know.
+    const QJsonDocument djApps(QJsonArray{QString(QLatin1StringView(appIdentifier))});
+    if (auto written = files::replace(VantiroPaths::djAppsFile(), djApps.toJson(), files::Durability::passing);
+        !written) {
+        return std::unexpected(written.error());
+    }
+
+    auto graph = PrivateGraph::start(rig->m_folder.filePath(u"run"_s),
         {.quantum = quantum, .sinks = {{.name = speakersName, .description = u"Virtual Speakers"_s, .channels = 2}}});
     if (!graph) {
         return std::unexpected(graph.error());
@@ -64,19 +108,9 @@ Result<std::unique_ptr<DemoRig>> DemoRig::make()
     rig->m_graph = *std::move(graph);
     rig->m_graph->applyEnvironment();
 
-    auto interface = VirtualDevice::make(rig->m_graph->socketPath(),
-        {.name = QLatin1StringView(interfaceName),
-            .description = u"Virtual Interface"_s,
-            .channels = 2,
-            .sampleRate = sampleRate,
-            .quantum = quantum,
-            .properties = {{u"device.bus"_s, u"usb"_s}},
-            .clientProperties = {},
-            .render = playsTheSet()});
-    if (!interface) {
-        return std::unexpected(interface.error());
+    if (auto started = rig->startDevices(); !started) {
+        return std::unexpected(started.error());
     }
-    rig->m_interface = *std::move(interface);
     if (auto started = rig->startApp(); !started) {
         return std::unexpected(started.error());
     }
@@ -87,6 +121,20 @@ DemoRig::~DemoRig()
 {
     m_app.kill();
     m_app.waitForFinished();
+}
+
+Result<void> DemoRig::startDevices()
+{
+    for (VirtualDevice::Options options : otherGear()) {
+        options.sampleRate = sampleRate;
+        options.quantum = quantum;
+        auto device = VirtualDevice::make(m_graph->socketPath(), options);
+        if (!device) {
+            return std::unexpected(device.error());
+        }
+        m_devices.push_back(*std::move(device));
+    }
+    return {};
 }
 
 Result<void> DemoRig::startApp()

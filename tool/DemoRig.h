@@ -10,16 +10,15 @@
 #include <QTemporaryDir>
 
 #include <memory>
+#include <vector>
 
 namespace vantiro {
 
-/// The stage of the demo: a PipeWire of its own, with a virtual audio interface and a virtual DJ app that play a made
-/// set, and folders of its own for everything that the product would keep. While it lives, this process and those that
-/// it starts see nothing else.
+/// The stage of the demo: a PipeWire of its own, with a virtual DJ app that plays a made set and what could be mistaken
+/// for it (a silent interface, a microphone in a room, a virtual cable with noise on it), and folders of its own for
+/// everything that the product would keep. While it lives, this process and those that it starts see nothing else.
 class DemoRig {
 public:
-    /// Name of the virtual interface in the graph.
-    static constexpr auto interfaceName = "alsa_input.usb-Virtual_Interface-00.analog-stereo";
     /// Identifier of the virtual DJ app, a program of its own that plays to virtual speakers.
     static constexpr auto appIdentifier = "org.vantiro.VirtualDeck";
     static constexpr int sampleRate = 48000;
@@ -32,9 +31,6 @@ public:
     DemoRig(const DemoRig&) = delete;
     DemoRig& operator=(const DemoRig&) = delete;
 
-    /// A data folder for one recorder.
-    [[nodiscard]] QString dataHome(const QString& name) const { return m_folder.filePath(name); }
-
     /// The other side: what the program that make() launches does until it is ended. It plays to the graph behind this
     /// socket.
     static int beTheApp(const QString& socketPath);
@@ -42,11 +38,12 @@ public:
 private:
     DemoRig() = default;
 
+    [[nodiscard]] Result<void> startDevices();
     [[nodiscard]] Result<void> startApp();
 
     QTemporaryDir m_folder;
     std::unique_ptr<PrivateGraph> m_graph;
-    std::unique_ptr<VirtualDevice> m_interface;
+    std::vector<std::unique_ptr<VirtualDevice>> m_devices;
     QProcess m_app;
 };
 

@@ -10,14 +10,14 @@ QString generalHelp()
     return QStringLiteral(
         R"(vantiro records DJ sets: a whole night as one file, a take, that stays whole whatever happens.
 
-  vantiro record --device UID   record a device until Ctrl-C, with a live meter
-  vantiro record --app ID       record what a program plays
-  vantiro status                show the running take
-  vantiro stop                  end the running take and show its account
-  vantiro sources               list what can be recorded from
-  vantiro demo                  record a made set from a virtual rig, touching nothing of yours
+  vantiro record          find the mix and record it until Ctrl-C, with a live meter
+  vantiro status          show the running take
+  vantiro stop            end the running take and show its account
+  vantiro sources         listen to all inputs and DJ apps, and list them, the likeliest to carry the mix first
+  vantiro check           tell what stands in the way of a good take: source, level, sample rate, disk
+  vantiro demo            let Vantiro find and record a made set on a virtual rig, touching nothing of yours
 
-  vantiro COMMAND --help        how a command is called
+  vantiro COMMAND --help  how a command is called
   vantiro --version
 
 Exit codes: 0 done, 1 failed, 2 wrong usage.)");
@@ -26,18 +26,21 @@ Exit codes: 0 done, 1 failed, 2 wrong usage.)");
 QString commandHelp(const QString& command)
 {
     static const QHash<QString, QString> texts{
-        {QStringLiteral("record"), QStringLiteral(R"(vantiro record (--device UID | --app ID) [options]
+        {QStringLiteral("record"), QStringLiteral(R"(vantiro record [--device UID | --app ID] [options]
 
 Records from a device, or what a program plays, until Ctrl-C (SIGINT) or SIGTERM ends the take, then prints its account.
+Without a source it listens for the mix and picks by itself, as the window does: what was chosen for the connected
+hardware before, or else the likeliest of what 'vantiro sources' lists.
 
   --device UID       the device, as 'vantiro sources' names it
   --app ID           the program, as 'vantiro sources' names it
   --channels A,B     its input channels, counted from 1 (default: the first two)
   --format caf|wav   the container (default: caf; WAV ends at 4 GB)
-  --out PATH         the take's file (default: named by the clock, in the music folder's "Vantiro")
+  --out PATH         the take's file (default: named by the clock, in the takes folder of the settings, which is
+                     the music folder's "Vantiro" unless it was changed)
   --force            if a file stands at PATH, keep it under another name and go on
   --json             print the account as JSON
-  --detached         as the window starts it: no meter, standard error is the log)")},
+  --detached         as the window starts it: no meter, standard error is the log; needs a source)")},
         {QStringLiteral("status"), QStringLiteral(R"(vantiro status [--json]
 
 Shows the take that is being recorded. Exit code 1 if none is.)")},
@@ -45,18 +48,33 @@ Shows the take that is being recorded. Exit code 1 if none is.)")},
 
 Ends the running take, waits until it is closed, and shows its account. Exit code 1 if no take is running, or if part
 of the take did not reach the disk.)")},
-        {QStringLiteral("sources"), QStringLiteral(R"(vantiro sources [--json]
+        {QStringLiteral("sources"), QStringLiteral(R"(vantiro sources [--no-listen] [--json]
 
-Lists the devices with an input (name, kind, channels, rate, and the UID for --device; a star marks the system's default
-input) and the programs that play, with the ID for --app.)")},
+Listens to all inputs and DJ apps for a moment and lists them, the likeliest to carry the mix first: the score and what
+earned it, the kind, channels and rate, and the word for --device or --app. The mark ▶ shows what a take would record
+that names no source. Programs that are no known DJ apps follow; the file dj-apps.json in Vantiro's data folder, an
+array of identifiers or their beginnings, makes them known.
+
+  --no-listen        open nothing: the list as it is without levels
+  --json             everything, for programs)")},
+        {QStringLiteral("check"), QStringLiteral(R"(vantiro check [--device UID | --app ID] [--json]
+
+Listens for a moment and tells what stands in the way of a good take, with what to do about it: ✓ fine, ! look at it,
+✗ wrong. Without a source it checks the one that 'vantiro record' would pick. Exit code 0 if a take can be recorded, 1
+if the source or the disk of the takes folder is not there.
+
+  --device UID       the device, as 'vantiro sources' names it
+  --app ID           the program, as 'vantiro sources' names it
+  --json             the findings as JSON)")},
         {QStringLiteral("demo"), QStringLiteral(R"(vantiro demo [--folder PATH] [--seconds N]
 
-Starts a private PipeWire graph with a virtual audio interface and a virtual DJ app that play a made set, records both at
-once, each with a recorder of its own, kills the programs that started the takes, ends them and shows what came out.
-Nothing of your audio or settings is touched.
+Starts a private PipeWire graph with a virtual DJ app that plays a made set, beside a silent interface, a microphone and
+a virtual cable with noise on it. Lets Vantiro find the mix among them, records it detached, kills the program that
+started the take, ends the take and proves bit by bit that it holds what was played. Nothing of your audio or settings
+is touched.
 
-  --folder PATH      where the takes go (default: a new folder under the current one, vantiro-demo)
-  --seconds N        length of the takes, 5 to 600 (default: 15))")},
+  --folder PATH      where the take goes (default: a new folder under the current one, vantiro-demo)
+  --seconds N        length of the take, 5 to 600 (default: 15))")},
     };
     return texts.value(command);
 }

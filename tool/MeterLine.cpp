@@ -2,6 +2,7 @@
 #include "tool/MeterLine.h"
 
 #include "core/foundation/Decibels.h"
+#include "core/foundation/Numbers.h"
 #include "tool/Terminal.h"
 
 #include <algorithm>
@@ -33,7 +34,7 @@ namespace {
     {
         const auto minutes = static_cast<qint64>(seconds / 60);
         return minutes < 60 ? QStringLiteral("room for %1 min").arg(minutes)
-                            : QStringLiteral("room for %1 h").arg(Terminal::grouped(minutes / 60));
+                            : QStringLiteral("room for %1 h").arg(groupedNumber(minutes / 60));
     }
 
 }  // namespace

@@ -1,15 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/foundation/Json.h"
 #include "core/foundation/Log.h"
+#include "core/foundation/SettingsStore.h"
+#include "core/recorder/EndingWords.h"
+#include "core/recorder/RecorderStateStore.h"
 #include "core/recorder/TakeRecorder.h"
+#include "core/recorder/TakesFolder.h"
+#include "core/recorder/VantiroPaths.h"
+#include "core/sources/ChannelPair.h"
 #include "platform/DesktopPlatform.h"
 #include "tool/AccountText.h"
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
+#include "tool/Listening.h"
 #include "tool/MeterLine.h"
 #include "tool/SignalWatch.h"
+#include "tool/SourcesText.h"
 #include "tool/Terminal.h"
 
+#include <QDir>
 #include <QFileInfo>
+
+#include <algorithm>
 
 namespace vantiro {
 
@@ -28,6 +40,7 @@ namespace {
 
     struct Wanted {
         TakeRecorder::Request request;
+        bool isSourceNamed = false;
         Manner manner = Manner::foreground;
         bool asJson = false;
     };
@@ -57,12 +70,16 @@ namespace {
         Wanted wanted;
         wanted.manner = arguments->has(u"--detached"_s) ? Manner::detached : Manner::foreground;
         wanted.asJson = arguments->has(u"--json"_s);
-        const auto device = arguments->value(u"--device"_s);
-        const auto app = arguments->value(u"--app"_s);
-        if (device.has_value() == app.has_value()) {
-            return captureFailure(u"give one source: --device UID ('vantiro sources' lists them) or --app ID"_s);
+        const auto source = arguments->source();
+        if (!source) {
+            return std::unexpected(source.error());
         }
-        wanted.request.source = device ? SourceRef::device(*device) : SourceRef::app(*app);
+        if (!*source && wanted.manner == Manner::detached) {
+            return captureFailure(
+                u"--detached needs a source: --device UID or --app ID ('vantiro sources' lists them)"_s);
+        }
+        wanted.isSourceNamed = source->has_value();
+        wanted.request.source = source->value_or(SourceRef{});
         if (const auto channels = arguments->value(u"--channels"_s)) {
             auto list = channelList(*channels);
             if (!list) {
@@ -87,33 +104,73 @@ namespace {
         return wanted;
     }
 
-    QString endingSentence(const TakeRecorder::Account& account)
+    /// Where takes go, unless the call says otherwise. A disk that is not there is told, not made up for with a folder
+    /// in its place.
+    Result<QString> pathInTakesFolder(TakeFormat format)
     {
-        const QString& name = account.state.deviceName;
-        switch (account.ending) {
-        case TakeEnding::stopped:
-            return {};
-        case TakeEnding::deviceLost:
-            return u"%1 was disconnected. The take ends where the device left, and the file is intact."_s.arg(name);
-        case TakeEnding::sourceQuit:
-            return u"%1 quit, so the take ends there. The file is intact."_s.arg(name);
-        case TakeEnding::rateChanged:
-            return u"The sample rate of %1 changed, so Vantiro ended the take there. The file plays at the right "
-                   "speed. Start a new take to keep recording."_s.arg(name);
-        case TakeEnding::inputStalled:
-            return u"%1 stopped sending audio, so Vantiro ended the take where the audio stopped. Check the cable or "
-                   "the DJ app, then start a new take."_s.arg(name);
-        case TakeEnding::diskFull:
-            return u"The disk ran out of space. Vantiro closed the take while it was still whole. Free some space, or "
-                   "choose another takes folder in Settings."_s;
-        case TakeEnding::wavLimit:
-            return u"The WAV take reached its 4 GB limit, so Vantiro closed it while it was still whole. CAF, the "
-                   "default format, has no limit."_s;
-        case TakeEnding::writeFailed:
-            break;
+        const QString folder = TakesFolder::current();
+        if (const auto disk = PreflightFacts::volume(folder).missingVolume) {
+            return captureFailure(
+                u"%1 is not connected, and the takes folder is on it. Connect it, or name a file with --out."_s.arg(
+                    *disk));
         }
-        return u"Part of this take did not reach the disk, so the file is shorter than your mix. Check the disk that "
-               "holds the takes folder."_s;
+        return QDir(folder).filePath(VantiroPaths::newTakeName(format));
+    }
+
+    /// The source that carries the mix, as the window would pick it.
+    Result<SourceRef> findSource(AudioPlatform& audio, SignalWatch& signals, bool asJson)
+    {
+        // Nobody should wait for what cannot begin.
+        if (const auto running = RecorderStateStore::running()) {
+            return captureFailure(u"already recording: %1"_s.arg(running->path));
+        }
+        const auto found = Listening::find(audio, signals);
+        if (!found) {
+            return std::unexpected(found.error());
+        }
+        const auto pick = found->pick();
+        const auto source = std::ranges::find_if(
+            found->sources, [&pick](const RankedSource& ranked) { return pick == ranked.observation.ref; });
+        if (source == found->sources.end()) {
+            return captureFailure(u"Nothing that is sure to carry your mix was found: connect an audio interface, a "
+                                  "mixer or a controller, start a DJ app, or name what 'vantiro sources' lists."_s);
+        }
+        if (!asJson) {
+            Terminal::print(u"Found %1: %2."_s.arg(source->observation.name, reasonsText(*source)));
+        }
+        return *pick;
+    }
+
+    /// The pair of channels that the user set for this source in the window.
+    std::optional<std::vector<std::int64_t>> chosenChannels(AudioPlatform& audio, const SourceRef& source)
+    {
+        const SettingsStore settings(VantiroPaths::settingsFile());
+        const auto first = json::integer(settings.value(u"firstChannel"_s).toObject().value(source.id));
+        const auto device = audio.device(source.id);
+        return channelPair(source, first.value_or(1), device ? device->inputChannels : 0);
+    }
+
+    /// Fills in what the call left open.
+    Result<void> complete(Wanted& wanted, AudioPlatform& audio, SignalWatch& signals)
+    {
+        if (!wanted.isSourceNamed) {
+            auto source = findSource(audio, signals, wanted.asJson);
+            if (!source) {
+                return std::unexpected(source.error());
+            }
+            wanted.request.source = *std::move(source);
+        }
+        if (!wanted.request.channels && wanted.manner == Manner::foreground) {
+            wanted.request.channels = chosenChannels(audio, wanted.request.source);
+        }
+        if (!wanted.request.output) {
+            auto path = pathInTakesFolder(wanted.request.format);
+            if (!path) {
+                return std::unexpected(path.error());
+            }
+            wanted.request.output = *std::move(path);
+        }
+        return {};
     }
 
     TakeEnding runDetached(TakeRecorder& recorder, SignalWatch& signals)
@@ -149,11 +206,8 @@ namespace {
                 Terminal::print(line);
             }
         }
-        if (const QString sentence = account.isWhole()
-                ? endingSentence(account)
-                : endingSentence({.state = account.state, .ending = TakeEnding::writeFailed});
-            !sentence.isEmpty()) {
-            logLine(sentence);
+        if (const auto sentence = EndingWords::sentence(account.state)) {
+            logLine(*sentence);
         }
     }
 
@@ -167,6 +221,9 @@ int recordCommand(const QStringList& words)
     }
     SignalWatch signals;
     const Platform platform = makeDesktopPlatform();
+    if (auto completed = complete(*wanted, *platform.audio, signals); !completed) {
+        return Terminal::fail(errorText(completed.error()));
+    }
     wanted->request.stopRequested = [&signals] { return signals.stopRequested(); };
     auto recorder = TakeRecorder::start(wanted->request, platform, posixTakeStorage());
     if (!recorder) {

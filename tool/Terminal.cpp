@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tool/Terminal.h"
 
-#include <QLocale>
+#include <QStringList>
 
 #include <cstdio>
 
@@ -13,6 +13,21 @@ void print(const QString& line)
 {
     std::fputs((line + u'\n').toUtf8().constData(), stdout);
     std::fflush(stdout);
+}
+
+void printParagraph(const QString& text, int indent)
+{
+    constexpr qsizetype columns = 80;
+    const QString margin(indent, u' ');
+    QString line = margin;
+    for (const QString& word : text.split(u' ', Qt::SkipEmptyParts)) {
+        if (line.size() > indent && line.size() + word.size() >= columns) {
+            print(line);
+            line = margin;
+        }
+        line += line.size() > indent ? u' ' + word : word;
+    }
+    print(line);
 }
 
 void printJson(const QByteArray& text)
@@ -60,11 +75,6 @@ QString clockText(double seconds)
     const auto whole = static_cast<qint64>(seconds);
     return QString::asprintf("%lld:%02lld:%02lld", static_cast<long long>(whole / 3600),
         static_cast<long long>(whole / 60 % 60), static_cast<long long>(whole % 60));
-}
-
-QString grouped(qint64 number)
-{
-    return QLocale(QLocale::English).toString(number);
 }
 
 }  // namespace vantiro::Terminal

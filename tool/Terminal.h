@@ -15,6 +15,8 @@ enum ExitCode {
 
 /// One line on standard output.
 void print(const QString& line);
+/// Running text on standard output, in lines of at most 80 columns that begin so many columns in.
+void printParagraph(const QString& text, int indent);
 /// JSON text on standard output, with its line end.
 void printJson(const QByteArray& text);
 /// One plain sentence on standard error; returns ExitCode::failed.
@@ -31,7 +33,5 @@ void endLine();
 
 /// "1:02:03" from seconds.
 [[nodiscard]] QString clockText(double seconds);
-/// "720,960".
-[[nodiscard]] QString grouped(qint64 number);
 
 }  // namespace vantiro::Terminal

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/words/Catalogue.h"
 #include "tool/Commands.h"
 #include "tool/Help.h"
 #include "tool/Terminal.h"
@@ -10,7 +11,8 @@ int main(int argc, char* argv[])
 {
     using namespace vantiro;
 
-    const QCoreApplication application(argc, argv);
+    QCoreApplication application(argc, argv);
+    installCatalogue(application);
     QStringList words = QCoreApplication::arguments().mid(1);
     const QString name = words.isEmpty() ? QStringLiteral("--help") : words.takeFirst();
     if (name == QStringLiteral("--version")) {
@@ -26,6 +28,7 @@ int main(int argc, char* argv[])
         {QStringLiteral("status"), statusCommand},
         {QStringLiteral("stop"), stopCommand},
         {QStringLiteral("sources"), sourcesCommand},
+        {QStringLiteral("check"), checkCommand},
         {QStringLiteral("demo"), demoCommand},
     };
     const auto command = commands.value(name, nullptr);

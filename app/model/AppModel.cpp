@@ -2,6 +2,7 @@
 #include "app/model/AppModel.h"
 
 #include "core/foundation/Secrets.h"
+#include "core/sources/ChannelPair.h"
 
 #include <algorithm>
 
@@ -181,16 +182,8 @@ void AppModel::setFirstChannelOfSelection(std::int64_t channel)
 
 std::optional<std::vector<std::int64_t>> AppModel::channelsForSelection() const
 {
-    const std::int64_t first = firstChannelOfSelection();
-    if (first <= 1) {
-        return std::nullopt;
-    }
-    const bool isDevice = m_selected.value()->kind == SourceRef::Kind::device;
-    const std::int64_t available = isDevice ? channelCount() : 0;
-    if (available > 0 && available < first + 1) {
-        return std::nullopt;
-    }
-    return std::vector{first, first + 1};
+    const auto& selected = m_selected.value();
+    return selected ? channelPair(*selected, firstChannelOfSelection(), channelCount()) : std::nullopt;
 }
 
 }  // namespace vantiro

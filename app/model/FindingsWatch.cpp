@@ -68,6 +68,8 @@ void FindingsWatch::lookAtVolume()
 void FindingsWatch::forgetVolume()
 {
     m_volume = {};
+    // A disk that hangs must not keep the new one from being looked at.
+    m_looking = false;
     refresh(m_peakDB);
 }
 

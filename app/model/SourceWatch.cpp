@@ -151,6 +151,7 @@ void SourceWatch::finish(Reason reason, FoundSources found)
     m_model.setDevices(found.devices);
     if (m_model.recorder()) {
         m_skippedForTake = std::exchange(m_pendingChange, Change::none) != Change::none;
+        m_model.setRecordPressedAt(std::nullopt);
         m_model.setDetecting(false);
         return;
     }

@@ -88,7 +88,9 @@ void TakeFlow::startTake()
                 return std::unexpected(prepared.error());
             }
             request.output = QDir(folder).filePath(VantiroPaths::newTakeName(request.format));
-            return start(request);
+            // Whatever fails from here on says nothing about the folder.
+            Result<RecorderState> state = start(request);
+            return state ? state : captureFailure(errorText(state.error()));
         },
         m_guard([this, source = request.source](const Result<RecorderState>& state) { started(source, state); }));
 }

@@ -9,6 +9,7 @@
 #include <QJsonDocument>
 
 #include <optional>
+#include <utility>
 
 namespace vantiro {
 
@@ -34,7 +35,7 @@ namespace {
             return QJsonObject();
         }
         const std::optional<QByteArray> bytes = files::read(path);
-        const std::optional<QJsonObject> values = bytes ? json::object(*bytes) : std::nullopt;
+        std::optional<QJsonObject> values = bytes ? json::object(*bytes) : std::nullopt;
         if (values) {
             return values;
         }
@@ -53,9 +54,7 @@ SettingsStore::SettingsStore(QString path, Trace trace)
     : m_path(std::move(path))
     , m_trace(std::move(trace))
     , m_values(readOrSetAside(m_path, m_trace).value_or(QJsonObject()))
-{
-    m_writer.setMaxThreadCount(1);
-}
+{ }
 
 SettingsStore::~SettingsStore()
 {
@@ -69,32 +68,56 @@ void SettingsStore::set(const QString& key, const QJsonValue& value)
     } else {
         m_values.insert(key, value);
     }
-    if (!m_path.isEmpty()) {
-        m_writer.start([this, key, value] {
-            m_unwritten.insert(key, value);
-            write();
-        });
+    if (m_path.isEmpty()) {
+        return;
     }
+    {
+        const std::lock_guard lock(m_mutex);
+        m_unwritten.insert(key, value);
+        if (std::exchange(m_isWriting, true)) {
+            return;
+        }
+    }
+    // The one before has nothing left to do, so that joining it takes no time.
+    m_writer = std::jthread([this] { writeChanges(); });
 }
 
 void SettingsStore::flush()
 {
-    m_writer.waitForDone();
+    if (m_writer.joinable()) {
+        m_writer.join();
+    }
     // The writer rests, so what it could not write may be tried again here.
-    write();
+    writeChanges();
 }
 
-void SettingsStore::write()
+void SettingsStore::writeChanges()
 {
-    if (m_unwritten.isEmpty()) {
-        return;
+    std::unique_lock lock(m_mutex);
+    while (!m_unwritten.isEmpty()) {
+        const QMap<QString, QJsonValue> changes = std::exchange(m_unwritten, {});
+        lock.unlock();
+        const bool written = write(changes);
+        lock.lock();
+        if (!written) {
+            // Later changes of the same keys stand.
+            QMap<QString, QJsonValue> unwritten = changes;
+            unwritten.insert(m_unwritten);
+            m_unwritten = unwritten;
+            break;
+        }
     }
+    m_isWriting = false;
+}
+
+bool SettingsStore::write(const QMap<QString, QJsonValue>& changes)
+{
     // Only what changed here is touched: another program may have changed other keys since the file was read.
     std::optional<QJsonObject> values = readOrSetAside(m_path, m_trace);
     if (!values) {
-        return;
+        return false;
     }
-    for (const auto& [key, value] : m_unwritten.asKeyValueRange()) {
+    for (const auto& [key, value] : changes.asKeyValueRange()) {
         if (value.isUndefined()) {
             values->remove(key);
         } else {
@@ -104,9 +127,8 @@ void SettingsStore::write()
     const auto written = files::replace(m_path, QJsonDocument(*values).toJson(), files::Durability::lasting);
     if (!written) {
         m_trace.line([&] { return QStringLiteral("settings: %1").arg(errorText(written.error())); });
-        return;
     }
-    m_unwritten.clear();
+    return written.has_value();
 }
 
 }  // namespace vantiro

@@ -6,7 +6,9 @@
 #include <QJsonObject>
 #include <QMap>
 #include <QString>
-#include <QThreadPool>
+
+#include <mutex>
+#include <thread>
 
 namespace vantiro {
 
@@ -34,13 +36,16 @@ public:
     void flush();
 
 private:
-    void write();
+    void writeChanges();
+    [[nodiscard]] bool write(const QMap<QString, QJsonValue>& changes);
 
     QString m_path;
     Trace m_trace;
     QJsonObject m_values;
-    QMap<QString, QJsonValue> m_unwritten;  ///< Changes that are not in the file yet. Of the writer.
-    QThreadPool m_writer;                   ///< Of one thread: the changes reach the file in their order.
+    std::mutex m_mutex;
+    QMap<QString, QJsonValue> m_unwritten;  ///< Changes that are not in the file yet. Under the mutex.
+    bool m_isWriting = false;               ///< The writer will look at them again. Under the mutex.
+    std::jthread m_writer;                  ///< Ends when there is nothing to write; one at a time.
 };
 
 }  // namespace vantiro

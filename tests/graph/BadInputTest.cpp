@@ -157,7 +157,7 @@ TEST_F(BadInputTest, ARunningTakeIsNotDisturbed)
     const auto tool = record(takePath());
     const QString other = m_sandbox.path(u"takes/other.caf"_s);
     const QStringList misuses[] = {
-        {u"record"_s},
+        {u"record"_s, u"--detached"_s},
         {u"record"_s, u"--device"_s, u"card"_s, u"--app"_s, u"player"_s},
         {u"record"_s, u"--device"_s, u"card"_s, u"--format"_s, u"mp3"_s},
         {u"record"_s, u"--device"_s, u"card"_s, u"--channels"_s, u"1,b"_s},
@@ -177,6 +177,9 @@ TEST_F(BadInputTest, ARunningTakeIsNotDisturbed)
         EXPECT_EQ(second.status, 1);
         EXPECT_EQ(second.errors, u"vantiro: already recording: %1\n"_s.arg(takePath()));
         EXPECT_FALSE(QFileInfo::exists(other));
+    }
+    for (const QString& listener : {u"sources"_s, u"check"_s}) {
+        EXPECT_EQ(run({listener}).status, 0);
     }
     const auto byWindow = start({.source = SourceRef::device(u"card"_s), .output = other});
     ASSERT_FALSE(byWindow);

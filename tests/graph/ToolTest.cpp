@@ -87,12 +87,14 @@ TEST_F(ToolTest, ListsWhatCanBeRecorded)
         .sampleRate = 96'000,
         .properties = {{u"device.bus"_s, u"usb"_s}}});
     const auto card = device();
-    const auto text = run({u"sources"_s});
+    const auto text = run({u"sources"_s, u"--no-listen"_s});
     EXPECT_EQ(text.status, 0);
-    EXPECT_TRUE(text.output.contains(u"Club Mixer\n    usb, 8 channels at 96000 Hz"_s)) << qPrintable(text.output);
-    EXPECT_TRUE(text.output.contains(u"--device card\n"_s)) << qPrintable(text.output);
+    EXPECT_TRUE(text.output.startsWith(u"▶  50  Club Mixer  stereo\n"
+                                       "       usb, 8 channels at 96,000 Hz\n"
+                                       "       --device mixer\n"_s))
+        << qPrintable(text.output);
 
-    const auto json = run({u"sources"_s, u"--json"_s});
+    const auto json = run({u"sources"_s, u"--no-listen"_s, u"--json"_s});
     EXPECT_EQ(json.status, 0);
     const QJsonArray array = QJsonDocument::fromJson(json.output.toUtf8())[u"devices"_s].toArray();
     ASSERT_EQ(array.size(), 2) << qPrintable(json.output);
@@ -104,6 +106,15 @@ TEST_F(ToolTest, ListsWhatCanBeRecorded)
             .transport = u"usb"_s,
             .inputChannels = 8,
             .sampleRate = 96'000}));
+    EXPECT_EQ(mixer->cycles() + card->cycles(), 0) << "something was opened";
+}
+
+TEST_F(ToolTest, TheDemoFindsAndRecordsTheMix)
+{
+    const auto demo = launch({u"demo"_s, u"--seconds"_s, u"5"_s, u"--folder"_s, m_sandbox.path(u"demo"_s)})->wait(60s);
+    EXPECT_EQ(demo.status, 0) << qPrintable(demo.output + demo.errors);
+    EXPECT_TRUE(demo.output.contains(u"\n▶  65  Virtual Deck "_s)) << qPrintable(demo.output);
+    EXPECT_EQ(filesIn(m_sandbox.path(u"demo"_s)).size(), 1);
 }
 
 TEST_F(GraphMirrorTest, TellsOnceOfEachChangeOfTheDevices)

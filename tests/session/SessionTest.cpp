@@ -198,8 +198,11 @@ std::unique_ptr<Service> SessionTest::source(const QString& name, std::int64_t f
             rampFile(SF_FORMAT_PCM_24, from)},
         m_sandbox.path(u"player.log"_s));
     EXPECT_TRUE(waitFor([&] {
-        return run({u"sources"_s})
-            .output.contains(u"2 channels at 48000 Hz, terminal unknown\n    --device %1\n"_s.arg(name));
+        const auto result = run({u"sources"_s, u"--no-listen"_s, u"--json"_s});
+        const QJsonArray devices = QJsonDocument::fromJson(result.output.toUtf8())[u"devices"_s].toArray();
+        return std::ranges::any_of(devices, [&name](const QJsonValue& device) {
+            return device[u"uid"_s] == name && device[u"inputChannels"_s] == 2 && device[u"sampleRate"_s] == sampleRate;
+        });
     })) << Sandbox::readFile(m_sandbox.path(u"player.log"_s)).constData();
     return source;
 }
@@ -244,7 +247,7 @@ QString SessionTest::output(const QString& program, const QStringList& arguments
 
 std::optional<AudioProcess> SessionTest::listed(std::int32_t pid)
 {
-    const auto result = run({u"sources"_s, u"--json"_s});
+    const auto result = run({u"sources"_s, u"--no-listen"_s, u"--json"_s});
     EXPECT_EQ(result.status, 0) << qPrintable(result.errors);
     for (const QJsonValue value : QJsonDocument::fromJson(result.output.toUtf8())[u"programs"_s].toArray()) {
         if (auto process = AudioProcess::fromJson(value.toObject()); process && process->pid == pid) {
