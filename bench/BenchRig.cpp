@@ -27,10 +27,10 @@ Result<std::unique_ptr<BenchRig>> BenchRig::make()
 }
 
 Result<std::unique_ptr<VirtualDevice>> BenchRig::makeDevice(
-    VirtualDeviceOptions::Render render, const QString& name) const
+    VirtualDeviceOptions::Render render, const QString& name, int quantum) const
 {
     return VirtualDevice::make(m_graph->socketPath(),
-        {.name = name, .channels = 2, .sampleRate = sampleRate, .quantum = 256, .render = std::move(render)});
+        {.name = name, .channels = 2, .sampleRate = sampleRate, .quantum = quantum, .render = std::move(render)});
 }
 
 Result<std::unique_ptr<VirtualDevice>> BenchRig::makeProgram(VirtualDeviceOptions::Render render) const

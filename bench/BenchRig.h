@@ -25,9 +25,9 @@ public:
 
     [[nodiscard]] static Result<std::unique_ptr<BenchRig>> make();
 
-    /// A stereo interface that plays what `render` writes, 256 frames a cycle.
-    [[nodiscard]] Result<std::unique_ptr<VirtualDevice>> makeDevice(
-        VirtualDeviceOptions::Render render, const QString& name = QLatin1StringView(deviceName)) const;
+    /// A stereo interface that plays what `render` writes, so many frames a cycle.
+    [[nodiscard]] Result<std::unique_ptr<VirtualDevice>> makeDevice(VirtualDeviceOptions::Render render,
+        const QString& name = QLatin1StringView(deviceName), int quantum = 256) const;
 
     /// A program's stereo stream, which this process plays to the rig's speakers.
     [[nodiscard]] Result<std::unique_ptr<VirtualDevice>> makeProgram(VirtualDeviceOptions::Render render) const;

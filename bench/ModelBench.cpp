@@ -69,9 +69,9 @@ namespace {
         return QCoreApplication::exec();
     }
 
-    Result<QJsonObject> measureMeter(const BenchRig& rig, std::chrono::seconds span)
+    Result<QJsonObject> measureMeter(const BenchRig& rig, std::chrono::seconds span, int quantum)
     {
-        const auto player = rig.makeDevice(set());
+        const auto player = rig.makeDevice(set(), QLatin1StringView(BenchRig::deviceName), quantum);
         if (!player) {
             return std::unexpected(player.error());
         }
@@ -177,15 +177,19 @@ namespace {
         if (!rig) {
             return std::unexpected(rig.error());
         }
-        const auto meter = measureMeter(**rig, span);
-        if (!meter) {
-            return std::unexpected(meter.error());
+        QJsonObject meter;
+        for (const int quantum : {256, 1024}) {
+            const auto measured = measureMeter(**rig, span, quantum);
+            if (!measured) {
+                return std::unexpected(measured.error());
+            }
+            meter.insert(QString::number(quantum), *measured);
         }
         const auto probe = measureProbe(**rig, rounds);
         if (!probe) {
             return std::unexpected(probe.error());
         }
-        return QJsonObject{{u"meter"_s, *meter}, {u"probeMilliseconds"_s, *probe}, {u"simulated"_s, simulate()}};
+        return QJsonObject{{u"meter"_s, meter}, {u"probeMilliseconds"_s, *probe}, {u"simulated"_s, simulate()}};
     }
 
 }  // namespace
