@@ -29,13 +29,7 @@ namespace {
 
     Checked nothingToCheck(const FoundSources& found)
     {
-        QStringList names;
-        for (const RankedSource& source : found.sources) {
-            if (source.observation.ref.kind == SourceRef::Kind::device) {
-                names << source.observation.name;
-            }
-        }
-        return {.findings = Preflight::noSource(names)};
+        return {.findings = Preflight::noSource(SourceRanker::deviceNames(found.sources))};
     }
 
     /// What is known of the source after all were listened to, and what only a closer look at it tells.

@@ -136,7 +136,8 @@ namespace {
                                   "mixer or a controller, start a DJ app, or name what 'vantiro sources' lists."_s);
         }
         if (!asJson) {
-            Terminal::print(u"Found %1: %2."_s.arg(source->observation.name, reasonsText(*source)));
+            const QString reasons = source->reasons.isEmpty() ? QString() : u": "_s + reasonsText(*source);
+            Terminal::print(u"Found %1%2."_s.arg(source->observation.name, reasons));
         }
         return *pick;
     }
@@ -144,7 +145,7 @@ namespace {
     /// The pair of channels that the user set for this source in the window.
     std::optional<std::vector<std::int64_t>> chosenChannels(AudioPlatform& audio, const SourceRef& source)
     {
-        const SettingsStore settings(VantiroPaths::settingsFile());
+        const SettingsStore settings(VantiroPaths::settingsFile(), {}, SettingsStore::BrokenFile::leave);
         const auto first = json::integer(settings.value(u"firstChannel"_s).toObject().value(source.id));
         const auto device = audio.device(source.id);
         return channelPair(source, first.value_or(1), device ? device->inputChannels : 0);

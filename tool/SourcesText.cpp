@@ -98,7 +98,8 @@ namespace {
             const SourceObservation& observation = source.observation;
             const bool isPick = pick == observation.ref;
             if (isPick) {
-                verdict = u"▶ What a take would record: %1, %2."_s.arg(observation.name, reasonsText(source));
+                const QStringList words = QStringList{observation.name} + source.reasons;
+                verdict = u"▶ What a take would record: %1."_s.arg(words.join(u", "_s));
             }
             add(lines,
                 u"%1 %2  %3  %4"_s.arg(isPick ? u"▶"_s : u" "_s, QString::number(source.score).rightJustified(3),

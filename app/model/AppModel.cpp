@@ -97,7 +97,7 @@ QString AppModel::nameOfSelection() const
     const auto& selected = m_selected.value();
     const auto& recorder = m_recorder.value();
     const auto& devices = m_devices.value();
-    const QString lastKnown = m_lastKnownName.value();
+    QString lastKnown = m_lastKnownName.value();
     if (const auto ranked = selectedRanked()) {
         return ranked->observation.name;
     }

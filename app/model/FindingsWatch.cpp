@@ -19,6 +19,13 @@ void FindingsWatch::refresh(std::optional<float> peakDB)
     lookAtVolume();
 }
 
+void FindingsWatch::recheck()
+{
+    if (!m_model.isSample()) {
+        m_model.setFindings(findings());
+    }
+}
+
 std::vector<PreflightFinding> FindingsWatch::findings() const
 {
     const std::optional<SourceRef>& selected = m_model.selected();
@@ -28,13 +35,7 @@ std::vector<PreflightFinding> FindingsWatch::findings() const
         return {Preflight::microphoneDenied()};
     }
     if (!selected) {
-        QStringList names;
-        for (const RankedSource& source : m_model.sources()) {
-            if (source.observation.ref.kind == SourceRef::Kind::device) {
-                names << source.observation.name;
-            }
-        }
-        return Preflight::noSource(names);
+        return Preflight::noSource(SourceRanker::deviceNames(m_model.sources()));
     }
     const auto& format = m_model.meterFormat();
     return Preflight::run(PreflightFacts::input(m_services.audio, m_model.memory(), *selected,

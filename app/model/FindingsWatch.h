@@ -22,6 +22,9 @@ public:
     /// source had when all were listened to. The disk is looked at in the background: what it tells comes later.
     void refresh(std::optional<float> peakDB = std::nullopt);
 
+    /// Makes the findings anew from what is known of level and disk, and from the source as it is now.
+    void recheck();
+
 private:
     [[nodiscard]] std::vector<PreflightFinding> findings() const;
     void lookAtVolume();

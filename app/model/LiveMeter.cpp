@@ -57,7 +57,11 @@ void LiveMeter::addUser()
 
 void LiveMeter::removeUser()
 {
-    if (m_users > 0 && --m_users == 0) {
+    if (m_users == 0) {
+        return;
+    }
+    --m_users;
+    if (m_users == 0) {
         stop();
     }
 }
@@ -71,12 +75,21 @@ void LiveMeter::restart(OnFailure onFailure)
     if (!m_timer) {
         m_timer = m_services.scheduler.every(MeterBallistics::period, [this] { tick(); });
     }
+    if (onFailure == OnFailure::tell) {
+        // What the former source did is no news of this one.
+        m_windowPeak = meterFloorDB;
+        m_windowStart = m_services.scheduler.now();
+        m_model.setMeterFormat(std::nullopt);
+    }
     m_opening = true;
-    ++m_request;
+    const int request = ++*m_request;
     const SourceCapture::Options options{.source = *selected, .channels = m_model.channelsForSelection()};
     m_services.scheduler.background(
         Scheduler::Work::brief,
-        [&audio = m_services.audio, options]() -> Opened {
+        [&audio = m_services.audio, options, request, latest = m_request]() -> Opened {
+            if (request != *latest) {
+                return captureFailure(QStringLiteral("another source is wanted by now"));
+            }
             auto capture = SourceCapture::open(options, audio, posixTakeStorage());
             if (!capture) {
                 return std::unexpected(capture.error());
@@ -86,13 +99,12 @@ void LiveMeter::restart(OnFailure onFailure)
             }
             return std::shared_ptr<SourceCapture>(*std::move(capture));
         },
-        m_guard(
-            [this, request = m_request, onFailure](Opened result) { opened(request, onFailure, std::move(result)); }));
+        m_guard([this, request, onFailure](Opened result) { opened(request, onFailure, std::move(result)); }));
 }
 
 void LiveMeter::opened(int request, OnFailure onFailure, Opened result)
 {
-    if (request != m_request) {
+    if (request != *m_request) {
         return;
     }
     m_opening = false;
@@ -123,7 +135,7 @@ void LiveMeter::opened(int request, OnFailure onFailure, Opened result)
 
 void LiveMeter::stop()
 {
-    ++m_request;
+    ++*m_request;
     m_opening = false;
     m_timer.reset();
     m_capture.reset();

@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -58,7 +59,8 @@ private:
     MeterBallistics m_ballistics;
     float m_windowPeak = meterFloorDB;  ///< The loudest level since m_windowStart.
     Moment m_windowStart;
-    int m_request = 0;       ///< Of the capture that is wanted: one that was asked for before is dropped.
+    /// Of the capture that is wanted: one that was asked for before is dropped, or not even opened.
+    std::shared_ptr<std::atomic<int>> m_request = std::make_shared<std::atomic<int>>(0);
     bool m_opening = false;  ///< The latest request has not been answered.
     Moment m_nextTry;        ///< Not before this the source is looked for again.
     std::int64_t m_frames = 0;

@@ -8,7 +8,7 @@ ModelFlows::ModelFlows(AppModel& model, const ModelServices& services)
     , m_findings(model, services)
     , m_meter(model, m_findings, services)
     , m_sources(model, m_findings, services)
-    , m_takes(model, m_sources, services)
+    , m_takes(model, m_findings, m_sources, services)
 { }
 
 void ModelFlows::start()

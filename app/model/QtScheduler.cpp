@@ -13,7 +13,7 @@ namespace {
 
     using namespace std::chrono_literals;
 
-    /// Enough for every input of a large studio at once: the probe's threads are its own, but each brief job takes one.
+    /// Brief work waits more than it computes, so there may be more of it at once than there are processors.
     constexpr int briefThreads = 8;
 
     /// Ticks at multiples of the period, so that a period that is no whole number of milliseconds is kept on average.

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/model/SourceWatch.h"
 
-#include "core/capture/ProcessTap.h"
 #include "core/recorder/VantiroPaths.h"
 #include "core/sources/KnownDJApps.h"
 #include "core/sources/PreflightFacts.h"
@@ -19,14 +18,6 @@ namespace {
     /// A press of Record older than this is forgotten.
     constexpr auto pressMemory = 10s;
 
-    std::vector<AudioDevice> inputsForUser(AudioPlatform& audio)
-    {
-        std::vector<AudioDevice> devices = inputDevices(audio);
-        std::erase_if(
-            devices, [](const AudioDevice& device) { return device.uid.startsWith(ProcessTap::aggregateUIDPrefix); });
-        return devices;
-    }
-
 }  // namespace
 
 SourceWatch::SourceWatch(AppModel& model, FindingsWatch& findings, const ModelServices& services)
@@ -34,7 +25,8 @@ SourceWatch::SourceWatch(AppModel& model, FindingsWatch& findings, const ModelSe
     , m_findings(findings)
     , m_services(services)
 {
-    QObject::connect(&model, &AppModel::recorderChanged, &model, m_guard([this] { takeEnded(); }));
+    QObject::connect(&model, &AppModel::recorderChanged, &model, m_guard([this] { makeUpForTake(); }));
+    QObject::connect(&model, &AppModel::startingChanged, &model, m_guard([this] { makeUpForTake(); }));
 }
 
 SourceWatch::~SourceWatch() = default;
@@ -50,7 +42,7 @@ void SourceWatch::start()
             // Told on a thread of the platform.
             auto changed = m_guard([this] { hardwareChanged(); });
             m_watch = m_services.audio.watch([&scheduler = m_services.scheduler, changed] { scheduler.post(changed); });
-            m_model.setDevices(inputsForUser(m_services.audio));
+            m_model.setDevices(inputDevices(m_services.audio));
         }));
 }
 
@@ -98,73 +90,75 @@ void SourceWatch::detect(Reason reason)
         ensureListening();
         return;
     }
-    probe(reason, Change::devices);
+    startRound(reason);
 }
 
-void SourceWatch::probe(Reason reason, Change change)
+void SourceWatch::startRound(Reason reason)
 {
     if (m_model.detecting()) {
-        // Whoever asks is served by the round that is under way.
         if (reason == Reason::hardwareChanged) {
-            m_pendingChange = std::max(m_pendingChange, change);
+            m_changePending = true;
+        } else {
+            // Whoever asks is served by the round that is under way.
+            m_reason = reason;
         }
         return;
     }
-    if (m_model.recorder()) {
+    if (m_model.recorder() || m_model.starting()) {
         m_skippedForTake = true;
         adoptSourceOfTake();
         return;
     }
     m_model.setDetecting(true);
     m_skippedForTake = false;
-    m_hardware = hardware();
-    m_model.setDevices(inputsForUser(m_services.audio));
+    m_reason = reason;
+    m_hardware = look();
     SourceProbe::Options options{
         .djApps = KnownDJApps::prefixes(VantiroPaths::djAppsFile()), .listenFor = m_services.listenFor};
-    if (change == Change::programs) {
-        options.heardBefore = m_heard;
-    }
     m_services.scheduler.background(
         Scheduler::Work::brief,
         [&audio = m_services.audio, memory = m_model.memory(), options = std::move(options)] {
             return SourceProbe::find(audio, memory, options);
         },
-        m_guard([this, reason](FoundSources found) { finish(reason, std::move(found)); }));
+        m_guard([this](FoundSources found) { finish(std::move(found)); }));
 }
 
-void SourceWatch::finish(Reason reason, FoundSources found)
+void SourceWatch::finish(FoundSources found)
 {
-    // The user may have chosen, or forgotten a choice, while it listened.
-    if (const auto remembered = m_model.memory().choice(found.uids()); remembered != found.remembered) {
+    rankWithPresentMemory(found);
+    m_model.setSources(found.sources);
+    m_model.setDevices(found.devices);
+    if (m_model.recorder()) {
+        m_model.setRecordPressedAt(std::nullopt);
+        m_skippedForTake = std::exchange(m_changePending, false) || !m_model.selected();
+        if (!m_model.selected()) {
+            adoptSourceOfTake();
+        }
+        m_model.setDetecting(false);
+        return;
+    }
+    pick(found);
+    m_findings.refresh();
+    goOnWithWaitingPress();
+    if (std::exchange(m_changePending, false)) {
+        m_services.scheduler.post(m_guard([this] { startRound(Reason::hardwareChanged); }));
+    }
+    m_model.setDetecting(false);
+}
+
+/// The user may have chosen, or forgotten a choice, while it listened.
+void SourceWatch::rankWithPresentMemory(FoundSources& found) const
+{
+    const auto remembered = m_model.memory().choice(found.uids());
+    if (remembered != found.remembered) {
         std::vector<SourceObservation> heard;
         std::ranges::transform(found.sources, std::back_inserter(heard), &RankedSource::observation);
         found.sources = SourceRanker::rank(heard, remembered);
         found.remembered = remembered;
     }
-    m_heard.clear();
-    for (const RankedSource& source : found.sources) {
-        if (source.observation.ref.kind == SourceRef::Kind::device) {
-            m_heard.push_back(source.observation);
-        }
-    }
-    m_model.setSources(found.sources);
-    m_model.setDevices(found.devices);
-    if (m_model.recorder()) {
-        m_skippedForTake = std::exchange(m_pendingChange, Change::none) != Change::none;
-        m_model.setRecordPressedAt(std::nullopt);
-        m_model.setDetecting(false);
-        return;
-    }
-    pick(reason, found);
-    m_findings.refresh();
-    goOnWithWaitingPress();
-    if (const Change change = std::exchange(m_pendingChange, Change::none); change != Change::none) {
-        m_services.scheduler.post(m_guard([this, change] { probe(Reason::hardwareChanged, change); }));
-    }
-    m_model.setDetecting(false);
 }
 
-void SourceWatch::pick(Reason reason, const FoundSources& found)
+void SourceWatch::pick(const FoundSources& found)
 {
     if (const auto remembered = found.rememberedPick()) {
         select(remembered, true);
@@ -172,7 +166,9 @@ void SourceWatch::pick(Reason reason, const FoundSources& found)
     }
     const std::optional<SourceRef>& selected = m_model.selected();
     const bool isConnected = selected && PreflightFacts::isConnected(m_services.audio, *selected);
-    const bool mayComeBack = selected && !isConnected && reason == Reason::hardwareChanged;
+    // A source that came back while the others were listened to has its turn in the next round.
+    const bool wasHeard = m_model.selectedRanked().has_value();
+    const bool mayComeBack = selected && m_reason == Reason::hardwareChanged && !(isConnected && wasHeard);
     const bool wasChosen = m_model.selectionIsManual() && isConnected;
     if (!mayComeBack && !wasChosen && m_model.autoPick()) {
         const auto best = SourceRanker::automaticPick(found.sources);
@@ -182,6 +178,10 @@ void SourceWatch::pick(Reason reason, const FoundSources& found)
 
 void SourceWatch::goOnWithWaitingPress()
 {
+    if (!m_model.selected() && m_changePending) {
+        // What was just plugged in may be what the press is for.
+        return;
+    }
     const auto pressed = m_model.recordPressedAt();
     m_model.setRecordPressedAt(std::nullopt);
     if (pressed && m_model.selected() && m_services.scheduler.now() - *pressed < pressMemory && m_onWaitingPress) {
@@ -196,7 +196,7 @@ void SourceWatch::choose(const SourceRef& source)
     }
     select(source, true);
     QStringList uids;
-    for (const AudioDevice& device : inputsForUser(m_services.audio)) {
+    for (const AudioDevice& device : inputDevices(m_services.audio)) {
         uids << device.uid;
     }
     m_model.memory().remember(source, uids);
@@ -221,42 +221,51 @@ void SourceWatch::rememberRate(const SourceRef& source, double rate)
     saveMemory();
 }
 
-SourceWatch::Hardware SourceWatch::hardware() const
+bool SourceWatch::Hardware::callsForRound(const Hardware& before) const
 {
-    Hardware hardware{.devices = inputsForUser(m_services.audio), .djPrograms = m_services.audio.processes()};
+    return devices != before.devices || djPrograms.keys() != before.djPrograms.keys()
+        || std::ranges::any_of(djPrograms.asKeyValueRange(),
+            [&](const auto& program) { return program.second && !before.djPrograms.value(program.first); });
+}
+
+/// Also brings the model's devices up to date.
+SourceWatch::Hardware SourceWatch::look()
+{
+    Hardware hardware{.devices = inputDevices(m_services.audio), .djPrograms = {}};
+    m_model.setDevices(hardware.devices);
     for (AudioDevice& device : hardware.devices) {
         // Opening a device may change its rate, and that must not make it be opened once more.
         device.sampleRate = 0;
     }
     const QStringList prefixes = KnownDJApps::prefixes(VantiroPaths::djAppsFile());
-    std::erase_if(hardware.djPrograms, [&](const AudioProcess& process) {
-        return !process.bundleID || !KnownDJApps::contains(*process.bundleID, prefixes);
-    });
+    for (const AudioProcess& process : m_services.audio.processes()) {
+        if (process.bundleID && KnownDJApps::contains(*process.bundleID, prefixes)) {
+            bool& plays = hardware.djPrograms[process.bundleID->toLower()];
+            plays = plays || process.isPlaying;
+        }
+    }
     return hardware;
 }
 
 void SourceWatch::hardwareChanged()
 {
-    Hardware now = hardware();
-    m_model.setDevices(inputsForUser(m_services.audio));
-    const Change change = now.devices != m_hardware.devices ? Change::devices
-        : now.djPrograms != m_hardware.djPrograms           ? Change::programs
-                                                            : Change::none;
-    m_hardware = std::move(now);
-    if (change != Change::none && m_model.accessDecided()) {
-        probe(Reason::hardwareChanged, change);
+    const Hardware before = std::exchange(m_hardware, look());
+    if (m_hardware.callsForRound(before) && m_model.accessDecided()) {
+        startRound(Reason::hardwareChanged);
     }
 }
 
 void SourceWatch::adoptSourceOfTake()
 {
-    select(SourceRef::fromDescriptor(m_model.recorder()->deviceUID), m_model.selectionIsManual());
-    m_findings.refresh();
+    if (const auto& take = m_model.recorder()) {
+        select(SourceRef::fromDescriptor(take->deviceUID), m_model.selectionIsManual());
+        m_findings.refresh();
+    }
 }
 
-void SourceWatch::takeEnded()
+void SourceWatch::makeUpForTake()
 {
-    if (!m_model.recorder() && std::exchange(m_skippedForTake, false)) {
+    if (!m_model.recorder() && !m_model.starting() && std::exchange(m_skippedForTake, false)) {
         m_services.scheduler.post(m_guard([this] { detect(Reason::hardwareChanged); }));
     }
 }

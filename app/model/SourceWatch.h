@@ -7,6 +7,9 @@
 #include "app/model/ModelServices.h"
 #include "core/sources/SourceProbe.h"
 
+#include <QMap>
+#include <QString>
+
 #include <functional>
 #include <memory>
 #include <optional>
@@ -56,29 +59,24 @@ public:
     void setOnWaitingPress(std::function<void()> callback) { m_onWaitingPress = std::move(callback); }
 
 private:
-    /// How much of the hardware changed; more includes less.
-    enum class Change {
-        none,
-        programs,  ///< Devices need not be heard again.
-        devices,
-    };
-
     /// What of the hardware matters for the ranking.
     struct Hardware {
-        std::vector<AudioDevice> devices;  ///< Without their rates.
-        std::vector<AudioProcess> djPrograms;
+        std::vector<AudioDevice> devices;  ///< Inputs, without their rates.
+        QMap<QString, bool> djPrograms;    ///< By identifier: whether it plays.
 
-        bool operator==(const Hardware&) const = default;
+        /// Something came or went, or a program began to play. One that pauses stays what it was.
+        [[nodiscard]] bool callsForRound(const Hardware& before) const;
     };
 
-    [[nodiscard]] Hardware hardware() const;
+    [[nodiscard]] Hardware look();
     void hardwareChanged();
-    void probe(Reason reason, Change change);
-    void finish(Reason reason, FoundSources found);
-    void pick(Reason reason, const FoundSources& found);
+    void startRound(Reason reason);
+    void finish(FoundSources found);
+    void rankWithPresentMemory(FoundSources& found) const;
+    void pick(const FoundSources& found);
     void goOnWithWaitingPress();
     void adoptSourceOfTake();
-    void takeEnded();
+    void makeUpForTake();
     void select(const std::optional<SourceRef>& source, bool isManual);
     void saveMemory();
 
@@ -86,11 +84,11 @@ private:
     FindingsWatch& m_findings;
     ModelServices m_services;
     std::function<void()> m_onWaitingPress;
-    bool m_listening = false;  ///< Access was asked for.
-    Change m_pendingChange = Change::none;
-    bool m_skippedForTake = false;  ///< A round of listening was left out since a take ran.
+    bool m_listening = false;         ///< Access was asked for.
+    Reason m_reason = Reason::asked;  ///< Of the round that is under way.
+    bool m_changePending = false;     ///< The hardware changed while it was listened to.
+    bool m_skippedForTake = false;    ///< A round of listening was left out since a take ran.
     Hardware m_hardware;
-    std::vector<SourceObservation> m_heard;  ///< Of the last round.
     std::unique_ptr<HardwareWatch> m_watch;
     Guard m_guard;
 };

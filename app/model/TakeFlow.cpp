@@ -37,8 +37,9 @@ namespace {
 
 }  // namespace
 
-TakeFlow::TakeFlow(AppModel& model, SourceWatch& sources, const ModelServices& services)
+TakeFlow::TakeFlow(AppModel& model, FindingsWatch& findings, SourceWatch& sources, const ModelServices& services)
     : m_model(model)
+    , m_findings(findings)
     , m_sources(sources)
     , m_services(services)
 {
@@ -78,21 +79,31 @@ void TakeFlow::startTake()
         return;
     }
     m_model.setStarting(true);
-    RecorderClient::Request request{
+    const RecorderClient::Request request{
         .source = *m_model.selected(), .channels = m_model.channelsForSelection(), .format = m_model.format()};
     m_services.scheduler.background(
         Scheduler::Work::lasting,
-        [start = m_services.recorder.start, folder = m_model.takesFolder(),
-            request]() mutable -> Result<RecorderState> {
-            if (auto prepared = prepareFolder(folder); !prepared) {
-                return std::unexpected(prepared.error());
-            }
-            request.output = QDir(folder).filePath(VantiroPaths::newTakeName(request.format));
-            // Whatever fails from here on says nothing about the folder.
-            Result<RecorderState> state = start(request);
-            return state ? state : captureFailure(errorText(state.error()));
+        [recorder = m_services.recorder, folder = m_model.takesFolder(), request] {
+            return runStart(recorder, folder, request);
         },
-        m_guard([this, source = request.source](const Result<RecorderState>& state) { started(source, state); }));
+        m_guard([this, source = request.source](const Outcome& outcome) { started(source, outcome); }));
+}
+
+TakeFlow::Outcome TakeFlow::runStart(
+    const RecorderServices& recorder, const QString& folder, RecorderClient::Request request)
+{
+    // A folder made in the place of a disk that is not there would hide the take once the disk is back.
+    if (const auto volume = PreflightFacts::volume(folder).missingVolume) {
+        const PreflightFinding obstacle = Preflight::missingVolume(*volume);
+        return {.state = captureFailure(obstacle.title), .obstacle = obstacle};
+    }
+    if (auto prepared = prepareFolder(folder); !prepared) {
+        return {.state = std::unexpected(prepared.error())};
+    }
+    request.output = QDir(folder).filePath(VantiroPaths::newTakeName(request.format));
+    Result<RecorderState> state = recorder.start(request);
+    // Whatever failed there says nothing about the folder.
+    return {.state = state ? std::move(state) : captureFailure(errorText(state.error()))};
 }
 
 /// What stands in the way of a take is shown, or waited for.
@@ -114,18 +125,27 @@ bool TakeFlow::mayStart()
         return false;
     }
     m_sources.refreshPermission();
+    m_findings.recheck();
+    // The disk may be back by now: it is looked at anew when the take starts.
     const auto& findings = m_model.findings();
-    const auto obstacle = std::ranges::find_if(
-        findings, [](const PreflightFinding& finding) { return !Preflight::canRecord({&finding, 1}); });
+    const auto obstacle = std::ranges::find_if(findings, [](const PreflightFinding& finding) {
+        return finding.check != PreflightFinding::Check::folder && !Preflight::canRecord({&finding, 1});
+    });
     if (obstacle != findings.end()) {
-        m_model.setError(tr("%1. %2").arg(obstacle->title, obstacle->advice));
+        showObstacle(*obstacle);
         return false;
     }
     return true;
 }
 
-void TakeFlow::started(const SourceRef& source, const Result<RecorderState>& state)
+void TakeFlow::showObstacle(const PreflightFinding& obstacle)
 {
+    m_model.setError(tr("%1. %2").arg(obstacle.title, obstacle.advice));
+}
+
+void TakeFlow::started(const SourceRef& source, const Outcome& outcome)
+{
+    const Result<RecorderState>& state = outcome.state;
     m_model.setStarting(false);
     if (state) {
         m_model.trace().line([&] { return QStringLiteral("take: started, ") + state->path; });
@@ -137,6 +157,10 @@ void TakeFlow::started(const SourceRef& source, const Result<RecorderState>& sta
         return;
     }
     m_model.trace().line([&] { return QStringLiteral("take: did not start, ") + errorText(state.error()); });
+    if (outcome.obstacle) {
+        showObstacle(*outcome.obstacle);
+        return;
+    }
     if (std::holds_alternative<SystemError>(state.error())) {
         m_model.setError(tr("Vantiro cannot write to %1. Connect the drive, or choose another takes folder in "
                             "Settings.")

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/model/AppModel.h"
+#include "app/model/FindingsWatch.h"
 #include "app/model/Guard.h"
 #include "app/model/ModelServices.h"
 #include "app/model/SourceWatch.h"
@@ -10,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace vantiro {
 
@@ -29,7 +31,7 @@ class TakeFlow {
     Q_DECLARE_TR_FUNCTIONS(TakeFlow)
 
 public:
-    TakeFlow(AppModel& model, SourceWatch& sources, const ModelServices& services);
+    TakeFlow(AppModel& model, FindingsWatch& findings, SourceWatch& sources, const ModelServices& services);
     ~TakeFlow();
 
     TakeFlow(const TakeFlow&) = delete;
@@ -54,11 +56,21 @@ public:
 
 private:
     [[nodiscard]] bool mayStart();
-    void started(const SourceRef& source, const Result<RecorderState>& state);
+    /// How a start went.
+    struct Outcome {
+        Result<RecorderState> state;
+        std::optional<PreflightFinding> obstacle = std::nullopt;  ///< What the last look at the disk found.
+    };
+
+    [[nodiscard]] static Outcome runStart(
+        const RecorderServices& recorder, const QString& folder, RecorderClient::Request request);
+    void started(const SourceRef& source, const Outcome& outcome);
+    void showObstacle(const PreflightFinding& obstacle);
     void takeEnded(const RecorderState& take);
     void showElapsed();
 
     AppModel& m_model;
+    FindingsWatch& m_findings;
     SourceWatch& m_sources;
     ModelServices m_services;
     std::function<void(const RecorderState& take)> m_afterTake;

@@ -13,13 +13,7 @@ namespace {
                 return process;
             }
         }
-        if (auto process = AudioProcesses::withBundleID(processes, options.source.id)) {
-            return process;
-        }
-        // A program without an identifier goes by its pid.
-        bool isNumber = false;
-        const int pid = options.source.id.toInt(&isNumber);
-        return isNumber ? AudioProcesses::withPid(processes, pid) : std::nullopt;
+        return AudioProcesses::withID(processes, options.source.id);
     }
 
     /// The tap for an application, none for a device.

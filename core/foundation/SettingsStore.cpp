@@ -28,33 +28,55 @@ namespace {
         return name;
     }
 
-    /// The settings in the file. What cannot be read as such is set aside; nothing if it cannot be moved either.
-    std::optional<QJsonObject> readOrSetAside(const QString& path, const Trace& trace)
+    /// What a settings file holds.
+    struct Content {
+        enum class State {
+            good,
+            broken,      ///< Something else than settings.
+            unreadable,  ///< Nobody knows.
+        };
+
+        State state = State::good;
+        QJsonObject values = {};
+    };
+
+    Content read(const QString& path)
     {
         if (!QFileInfo::exists(path)) {
-            return QJsonObject();
+            return {};
         }
         const std::optional<QByteArray> bytes = files::read(path);
-        std::optional<QJsonObject> values = bytes ? json::object(*bytes) : std::nullopt;
-        if (values) {
-            return values;
+        if (!bytes) {
+            return {.state = Content::State::unreadable};
         }
+        const std::optional<QJsonObject> values = json::object(*bytes);
+        return values ? Content{.values = *values} : Content{.state = Content::State::broken};
+    }
+
+    /// Whether nothing stands at the path any more.
+    bool setAside(const QString& path, const Trace& trace)
+    {
         const QString aside = freeName(path);
         const bool moved = QFile::rename(path, aside);
         trace.line([&] {
             return moved ? QStringLiteral("settings: not readable, kept as %1").arg(aside)
                          : QStringLiteral("settings: not readable, and %1 cannot be made").arg(aside);
         });
-        return moved ? std::optional(QJsonObject()) : std::nullopt;
+        return moved;
     }
 
 }  // namespace
 
-SettingsStore::SettingsStore(QString path, Trace trace)
+SettingsStore::SettingsStore(QString path, Trace trace, BrokenFile brokenFile)
     : m_path(std::move(path))
     , m_trace(std::move(trace))
-    , m_values(readOrSetAside(m_path, m_trace).value_or(QJsonObject()))
-{ }
+{
+    Content content = read(m_path);
+    m_values = std::move(content.values);
+    if (content.state == Content::State::broken && brokenFile == BrokenFile::setAside) {
+        setAside(m_path, m_trace);
+    }
+}
 
 SettingsStore::~SettingsStore()
 {
@@ -63,16 +85,16 @@ SettingsStore::~SettingsStore()
 
 void SettingsStore::set(const QString& key, const QJsonValue& value)
 {
-    if (value.isUndefined()) {
-        m_values.remove(key);
-    } else {
-        m_values.insert(key, value);
-    }
-    if (m_path.isEmpty()) {
-        return;
-    }
     {
         const std::lock_guard lock(m_mutex);
+        if (value.isUndefined()) {
+            m_values.remove(key);
+        } else {
+            m_values.insert(key, value);
+        }
+        if (m_path.isEmpty()) {
+            return;
+        }
         m_unwritten.insert(key, value);
         if (std::exchange(m_isWriting, true)) {
             return;
@@ -113,18 +135,27 @@ void SettingsStore::writeChanges()
 bool SettingsStore::write(const QMap<QString, QJsonValue>& changes)
 {
     // Only what changed here is touched: another program may have changed other keys since the file was read.
-    std::optional<QJsonObject> values = readOrSetAside(m_path, m_trace);
-    if (!values) {
+    Content content = read(m_path);
+    if (content.state == Content::State::unreadable) {
         return false;
     }
+    if (content.state == Content::State::broken) {
+        if (!setAside(m_path, m_trace)) {
+            return false;
+        }
+        // What was known before the file broke is not lost.
+        const std::lock_guard lock(m_mutex);
+        content.values = m_values;
+    }
+    QJsonObject& values = content.values;
     for (const auto& [key, value] : changes.asKeyValueRange()) {
         if (value.isUndefined()) {
-            values->remove(key);
+            values.remove(key);
         } else {
-            values->insert(key, value);
+            values.insert(key, value);
         }
     }
-    const auto written = files::replace(m_path, QJsonDocument(*values).toJson(), files::Durability::lasting);
+    const auto written = files::replace(m_path, QJsonDocument(values).toJson(), files::Durability::lasting);
     if (!written) {
         m_trace.line([&] { return QStringLiteral("settings: %1").arg(errorText(written.error())); });
     }

@@ -17,8 +17,14 @@ namespace vantiro {
 /// aside under another name, never overwritten, and everything reads as absent.
 class SettingsStore {
 public:
+    /// What to do with a file that holds something else. Whoever only reads leaves it.
+    enum class BrokenFile {
+        setAside,
+        leave,
+    };
+
     /// Reads the file; one that is missing is empty.
-    explicit SettingsStore(QString path, Trace trace = {});
+    explicit SettingsStore(QString path, Trace trace = {}, BrokenFile brokenFile = BrokenFile::setAside);
     /// A store that keeps nothing.
     SettingsStore() = default;
     /// Waits until everything is written.
@@ -41,8 +47,8 @@ private:
 
     QString m_path;
     Trace m_trace;
-    QJsonObject m_values;
     std::mutex m_mutex;
+    QJsonObject m_values;                   ///< Changed by the main thread alone, under the mutex.
     QMap<QString, QJsonValue> m_unwritten;  ///< Changes that are not in the file yet. Under the mutex.
     bool m_isWriting = false;               ///< The writer will look at them again. Under the mutex.
     std::jthread m_writer;                  ///< Ends when there is nothing to write; one at a time.

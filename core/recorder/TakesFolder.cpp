@@ -15,7 +15,7 @@ QString in(const SettingsStore& settings)
 
 QString current()
 {
-    return in(SettingsStore(VantiroPaths::settingsFile()));
+    return in(SettingsStore(VantiroPaths::settingsFile(), {}, SettingsStore::BrokenFile::leave));
 }
 
 }  // namespace vantiro::TakesFolder

@@ -76,4 +76,14 @@ std::optional<AudioProcess> AudioProcesses::withPid(const std::vector<AudioProce
     return first(processes, [pid](const AudioProcess& process) { return process.pid == pid; });
 }
 
+std::optional<AudioProcess> AudioProcesses::withID(const std::vector<AudioProcess>& processes, const QString& id)
+{
+    if (auto process = withBundleID(processes, id)) {
+        return process;
+    }
+    bool isNumber = false;
+    const int pid = id.toInt(&isNumber);
+    return isNumber ? withPid(processes, pid) : std::nullopt;
+}
+
 }  // namespace vantiro

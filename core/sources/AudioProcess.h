@@ -41,6 +41,9 @@ namespace AudioProcesses {
     /// The program with this process id.
     [[nodiscard]] std::optional<AudioProcess> withPid(const std::vector<AudioProcess>& processes, std::int32_t pid);
 
+    /// The program with this identifier, or, since one without any goes by its pid, the one with this number.
+    [[nodiscard]] std::optional<AudioProcess> withID(const std::vector<AudioProcess>& processes, const QString& id);
+
 }  // namespace AudioProcesses
 
 }  // namespace vantiro

@@ -112,12 +112,6 @@ namespace {
         return {Check::sampleRate, Severity::ok, Words::tr("Sample rate %1 Hz").arg(rate), {}};
     }
 
-    PreflightFinding folderMissing(const QString& volume)
-    {
-        return {Check::folder, Severity::blocker, Words::tr("%1 is not connected").arg(volume),
-            Words::tr("The takes folder is on %1. Connect it, or choose another folder in Settings.").arg(volume)};
-    }
-
     PreflightFinding diskFinding(std::int64_t freeBytes, std::int64_t bytesPerSecond)
     {
         constexpr double shortSetHours = 4;
@@ -177,7 +171,7 @@ namespace Preflight {
             rateFinding(input),
         };
         if (input.missingVolume) {
-            findings.push_back(folderMissing(*input.missingVolume));
+            findings.push_back(missingVolume(*input.missingVolume));
         } else if (input.freeBytes && input.bytesPerSecond >= 1) {
             findings.push_back(diskFinding(*input.freeBytes, input.bytesPerSecond));
         }
@@ -196,6 +190,12 @@ namespace Preflight {
                   "guide shows what goes where.")
                   .arg(choosable.join(QLatin1String(", ")));
         return {{Check::source, Severity::blocker, Words::tr("No cabled source or DJ app found"), advice}};
+    }
+
+    PreflightFinding missingVolume(const QString& name)
+    {
+        return {Check::folder, Severity::blocker, Words::tr("%1 is not connected").arg(name),
+            Words::tr("The takes folder is on %1. Connect it, or choose another folder in Settings.").arg(name)};
     }
 
     PreflightFinding microphoneDenied()

@@ -67,6 +67,9 @@ namespace Preflight {
     /// For when no source could be picked; `choosable` are the names of what was found.
     [[nodiscard]] std::vector<PreflightFinding> noSource(const QStringList& choosable);
 
+    /// For when the disk of the takes folder, of this name, is not there.
+    [[nodiscard]] PreflightFinding missingVolume(const QString& name);
+
     /// For when the system keeps audio inputs from us.
     [[nodiscard]] PreflightFinding microphoneDenied();
 

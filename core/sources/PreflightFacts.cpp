@@ -41,17 +41,6 @@ namespace {
         return static_cast<std::int64_t>(volume.f_bavail) * static_cast<std::int64_t>(volume.f_frsize);
     }
 
-    std::optional<AudioProcess> process(AudioPlatform& audio, const QString& id)
-    {
-        const std::vector<AudioProcess> processes = audio.processes();
-        if (auto found = AudioProcesses::withBundleID(processes, id)) {
-            return found;
-        }
-        bool isNumber = false;
-        const int pid = id.toInt(&isNumber);
-        return isNumber ? AudioProcesses::withPid(processes, pid) : std::nullopt;
-    }
-
 }  // namespace
 
 VolumeFacts volume(const QString& folder)
@@ -80,7 +69,7 @@ std::optional<QString> removableMountPoint(const QString& folder, const QString&
 bool isConnected(AudioPlatform& audio, const SourceRef& source)
 {
     return source.kind == SourceRef::Kind::device ? audio.device(source.id).has_value()
-                                                  : process(audio, source.id).has_value();
+                                                  : AudioProcesses::withID(audio.processes(), source.id).has_value();
 }
 
 PreflightInput input(AudioPlatform& audio, const SourceMemory& memory, const SourceRef& source,

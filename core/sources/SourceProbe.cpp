@@ -138,12 +138,7 @@ namespace SourceProbe {
         // Each thread fills the observation that is its own; the vector no longer grows.
         std::vector<std::jthread> ears;
         for (std::size_t index = 0; index < devices.size(); ++index) {
-            const auto before =
-                std::ranges::find(options.heardBefore, observations[index].ref, &SourceObservation::ref);
-            if (before != options.heardBefore.end()) {
-                observations[index].peakDB = before->peakDB;
-                observations[index].steadyTone = before->steadyTone;
-            } else if (mayBeOpened(devices[index])) {
+            if (mayBeOpened(devices[index])) {
                 ears.emplace_back([&, index] {
                     SourceObservation& own = observations[index];
                     const Heard heard =
@@ -169,8 +164,6 @@ namespace SourceProbe {
     FoundSources find(AudioPlatform& audio, const SourceMemory& memory, const Options& options)
     {
         FoundSources found{.devices = inputDevices(audio), .sources = {}, .remembered = {}};
-        std::erase_if(found.devices,
-            [](const AudioDevice& device) { return device.uid.startsWith(ProcessTap::aggregateUIDPrefix); });
         found.remembered = memory.choice(found.uids());
         found.sources = SourceRanker::rank(observe(audio, found.devices, options), found.remembered);
         return found;

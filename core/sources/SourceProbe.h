@@ -36,9 +36,7 @@ namespace SourceProbe {
     struct Options {
         QStringList djApps = {};                          ///< Prefixes, as of KnownDJApps.
         std::chrono::milliseconds listenFor = usualTime;  ///< 0 opens nothing.
-        /// Devices that were heard before: they are not opened again, and what was heard then stands.
-        std::vector<SourceObservation> heardBefore = {};
-        std::function<bool()> cancelled = {};  ///< Asked on several threads while it listens; ends it early.
+        std::function<bool()> cancelled = {};             ///< Asked on several threads while it listens; ends it early.
     };
 
     /// One observation a device, then one a known DJ program. Bluetooth, Continuity and AirPlay devices are never

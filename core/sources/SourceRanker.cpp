@@ -130,4 +130,15 @@ std::optional<RankedSource> automaticPick(std::span<const RankedSource> ranked)
     return found == ranked.end() ? std::nullopt : std::optional(*found);
 }
 
+QStringList deviceNames(std::span<const RankedSource> ranked)
+{
+    QStringList names;
+    for (const RankedSource& source : ranked) {
+        if (source.observation.ref.kind == SourceRef::Kind::device) {
+            names << source.observation.name;
+        }
+    }
+    return names;
+}
+
 }  // namespace vantiro::SourceRanker

@@ -38,6 +38,9 @@ namespace SourceRanker {
     /// timecode input and, if it is virtual, carries a signal.
     [[nodiscard]] std::optional<RankedSource> automaticPick(std::span<const RankedSource> ranked);
 
+    /// The names of the devices among them, for a user who has to choose.
+    [[nodiscard]] QStringList deviceNames(std::span<const RankedSource> ranked);
+
 }  // namespace SourceRanker
 
 }  // namespace vantiro

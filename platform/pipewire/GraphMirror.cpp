@@ -143,7 +143,9 @@ GraphMirror::~GraphMirror()
 std::shared_ptr<const GraphSnapshot> GraphMirror::snapshot()
 {
     std::unique_lock lock(m_snapshotMutex);
+    // A daemon that accepts connections and does not answer is waited for once.
     m_firstSnapshot.wait_for(lock, firstPictureLimit, [this] { return m_settled; });
+    m_settled = true;
     return m_snapshot;
 }
 

@@ -107,7 +107,7 @@ TEST_F(ProcessTapTest, SaysWhyItCannotTap)
     m_audio.tapStatus = 0;
     m_audio.tapRate = 0;
     EXPECT_EQ(words(7), u"the tap on Deck reports no format: 19"_s);
-    EXPECT_TRUE(m_audio.devices().empty()) << "nothing stays behind";
+    EXPECT_TRUE(m_audio.devicesAndTaps().empty()) << "nothing stays behind";
 }
 
 TEST_F(ProcessTapTest, IsMadeOnTheProgramThatTheUserMeans)
@@ -147,23 +147,23 @@ TEST_F(ProcessTapTest, EndsWithTheCaptureOnItAndAFailedOneLeavesNothing)
     const QString path = m_sandbox.path(u"take.caf"_s);
     EXPECT_EQ(
         errorText(open(u"org.deck"_s, {}, path, {{5}}).error()), u"Deck has input channels 1 to 4, asked for [5]"_s);
-    EXPECT_TRUE(m_audio.devices().empty());
+    EXPECT_TRUE(m_audio.devicesAndTaps().empty());
     const QString nowhere = m_sandbox.path(u"missing/take.caf"_s);
     EXPECT_EQ(errorText(open(u"org.deck"_s, {}, nowhere).error()), u"cannot create %1: 2"_s.arg(nowhere));
-    EXPECT_TRUE(m_audio.devices().empty());
+    EXPECT_TRUE(m_audio.devicesAndTaps().empty());
     EXPECT_FALSE(QFileInfo::exists(path));
 
     const auto source = open(u"org.deck"_s, {}, path, {{3, 4}}).value();
     EXPECT_EQ(source->capture().channels(), (std::vector<std::int64_t>{3, 4}));
     ASSERT_TRUE(source->capture().start());
-    EXPECT_EQ(m_audio.devices().size(), 1U);
+    EXPECT_EQ(m_audio.devicesAndTaps().size(), 1U);
     const CaptureStats stats = source->stop();
     EXPECT_EQ(stats.fileFrames, 0);
-    EXPECT_TRUE(m_audio.devices().empty());
+    EXPECT_TRUE(m_audio.devicesAndTaps().empty());
     EXPECT_EQ(source->stop(), stats);
     // Dropped without a stop.
     static_cast<void>(open(u"org.deck"_s));
-    EXPECT_TRUE(m_audio.devices().empty());
+    EXPECT_TRUE(m_audio.devicesAndTaps().empty());
 }
 
 }  // namespace vantiro::test

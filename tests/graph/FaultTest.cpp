@@ -99,7 +99,7 @@ protected:
         auto starting =
             std::async(std::launch::async, [this] { return TakeRecorder::start(m_request, m_platform, m_storage); });
         ASSERT_TRUE(waitFor([&] {
-            const auto devices = m_audio.devices();
+            const auto devices = m_audio.devicesAndTaps();
             m_source = devices.empty() ? nullptr : m_audio.source(devices.front().uid);
             return (m_source && m_source->isRunning()) || starting.wait_for(0s) == std::future_status::ready;
         }));
@@ -181,7 +181,7 @@ TEST_F(FaultTest, AProgramThatIsGoneQuitUnlessAudioWentWithIt)
         EXPECT_TRUE(account.isWhole());
         EXPECT_EQ(account.state.endedBecause, word);
         EXPECT_EQ(account.state.stats->fileFrames, m_played);
-        EXPECT_TRUE(m_audio.devices().empty()) << "the tap is closed";
+        EXPECT_TRUE(m_audio.devicesAndTaps().empty()) << "the tap is closed";
     }
 }
 

@@ -253,7 +253,7 @@ TEST_F(MeterTest, FollowsItsSource)
     m_scheduler.settle();
     EXPECT_FALSE(m_source->isOpen());
     EXPECT_EQ(m_model->channelCount(), 2);
-    EXPECT_EQ(m_audio.devices().size(), 2U);
+    EXPECT_EQ(m_audio.devicesAndTaps().size(), 2U);
     m_audio.programs.clear();
     wait(3s);
     m_audio.tapRate = 96'000;

@@ -168,16 +168,20 @@ TEST_F(SourceWatchTest, ListensOnceMoreForAllChangesThatCameMeanwhile)
     EXPECT_EQ(source->timesOpened, 3);
     EXPECT_TRUE(lists(u"b"_s));
 
-    // Programs and rates come and go without opening anything.
-    m_audio.programs = {{.pid = 7, .bundleID = u"mixxx"_s, .name = u"Mixxx"_s}};
-    m_audio.tellWatches();
-    m_scheduler.settle();
+    // A program that comes or begins to play calls for a round; one that pauses, and a new rate, do not.
+    const auto change = [&](bool isPlaying, double rate) {
+        m_audio.programs = {{.pid = 7, .bundleID = u"mixxx"_s, .name = u"Mixxx"_s, .isPlaying = isPlaying}};
+        source->setRate(rate);
+        m_audio.tellWatches();
+        m_scheduler.settle();
+        return source->timesOpened.load();
+    };
+    EXPECT_EQ(change(false, 48'000), 4);
     EXPECT_EQ(m_model->sources().size(), 3U);
-    source->setRate(44'100);
-    m_audio.tellWatches();
-    m_scheduler.settle();
+    EXPECT_EQ(change(false, 44'100), 4);
     EXPECT_EQ(m_model->devices().front().sampleRate, 44'100);
-    EXPECT_EQ(source->timesOpened, 3);
+    EXPECT_EQ(change(true, 44'100), 5);
+    EXPECT_EQ(change(false, 44'100), 5);
     EXPECT_EQ(m_model->selected(), device(u"loud"_s)) << "what was heard before stands";
 }
 

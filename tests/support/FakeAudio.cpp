@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/support/FakeAudio.h"
 
+#include "core/capture/ProcessTap.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <mutex>
@@ -204,6 +206,14 @@ void FakeAudio::remove(const QString& uid)
 }
 
 std::vector<AudioDevice> FakeAudio::devices()
+{
+    std::vector<AudioDevice> records = devicesAndTaps();
+    std::erase_if(records,
+        [](const AudioDevice& record) { return record.uid.startsWith(ProcessTap::aggregateUIDPrefix); });
+    return records;
+}
+
+std::vector<AudioDevice> FakeAudio::devicesAndTaps() const
 {
     const auto lock = locked();
     std::vector<AudioDevice> records;

@@ -72,6 +72,8 @@ public:
 
     bool isAvailable() override { return available; }
     std::vector<AudioDevice> devices() override;
+    /// The same with the taps that are open.
+    [[nodiscard]] std::vector<AudioDevice> devicesAndTaps() const;
     std::optional<AudioDevice> device(const QString& uid) override;
     std::optional<QString> defaultInputUID() override { return defaultInput; }
     std::vector<std::int64_t> inputBuffers(const QString& uid) override;
