@@ -208,8 +208,8 @@ void FakeAudio::remove(const QString& uid)
 std::vector<AudioDevice> FakeAudio::devices()
 {
     std::vector<AudioDevice> records = devicesAndTaps();
-    std::erase_if(records,
-        [](const AudioDevice& record) { return record.uid.startsWith(ProcessTap::aggregateUIDPrefix); });
+    std::erase_if(
+        records, [](const AudioDevice& record) { return record.uid.startsWith(ProcessTap::aggregateUIDPrefix); });
     return records;
 }
 
