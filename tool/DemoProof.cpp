@@ -16,7 +16,7 @@ namespace {
 
     using Frame = std::array<std::int32_t, 2>;
 
-    constexpr int bytesPerSample = 3;
+    constexpr int sampleBytes = 3;
     constexpr float fullScale = 8388608.0F;
     /// Frames that have to agree before a place in the set counts as found.
     constexpr std::int64_t agreement = 256;
@@ -46,8 +46,8 @@ namespace {
         std::vector<Frame> frames(static_cast<std::size_t>(audio.size() / header->shape().frameBytes()));
         const char* bytes = audio.constData();
         for (Frame& frame : frames) {
-            frame = {sampleAt(bytes), sampleAt(bytes + bytesPerSample)};
-            bytes += std::ptrdiff_t{2} * bytesPerSample;
+            frame = {sampleAt(bytes), sampleAt(bytes + sampleBytes)};
+            bytes += std::ptrdiff_t{2} * sampleBytes;
         }
         return frames;
     }

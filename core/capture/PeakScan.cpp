@@ -12,7 +12,7 @@ namespace {
     // A running maximum of floats is a chain that compilers will not split by themselves: four lanes in four
     // accumulators keep the units busy. Even lanes hold the first of two channels, odd lanes the second.
     using Lanes = float __attribute__((vector_size(16)));
-    constexpr std::int64_t laneCount = 4;
+    constexpr std::int64_t peakLanes = 4;
     constexpr std::int64_t unroll = 4;
 
     Lanes magnitudes(const float* samples) noexcept
@@ -41,9 +41,9 @@ namespace {
     {
         Lanes held[unroll] = {};
         std::int64_t index = 0;
-        for (; index + unroll * laneCount <= count; index += unroll * laneCount) {
+        for (; index + unroll * peakLanes <= count; index += unroll * peakLanes) {
             for (std::int64_t part = 0; part < unroll; ++part) {
-                held[part] = larger(magnitudes(samples + index + part * laneCount), held[part]);
+                held[part] = larger(magnitudes(samples + index + part * peakLanes), held[part]);
             }
         }
         const Lanes top = larger(larger(held[0], held[1]), larger(held[2], held[3]));

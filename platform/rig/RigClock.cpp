@@ -3,12 +3,6 @@
 
 namespace vantiro {
 
-namespace {
-
-    constexpr std::int64_t nsecPerSecond = 1'000'000'000;
-
-}  // namespace
-
 void RigClock::anchor(std::int64_t nsec) noexcept
 {
     m_second = nsec;

@@ -9,6 +9,8 @@ namespace vantiro {
 /// It runs without drift for ever. One thread at a time; no allocation, no system call.
 class RigClock {
 public:
+    static constexpr std::int64_t nsecPerSecond = 1'000'000'000;
+
     /// One cycle as the graph sees it.
     struct Cycle {
         std::int64_t position = 0;  ///< Frames of the clock.

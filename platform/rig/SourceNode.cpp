@@ -14,7 +14,7 @@ namespace vantiro {
 
 namespace {
 
-    constexpr std::int64_t nsecPerSecond = 1'000'000'000;
+    constexpr std::int64_t nsecPerSecond = RigClock::nsecPerSecond;
     // How long a cycle waits for the one before it to be heard by everybody.
     constexpr std::int64_t patienceNsec = nsecPerSecond / 5;
     // The same for the first cycle after a start: the daemon may not have noted the start yet and overhear it.

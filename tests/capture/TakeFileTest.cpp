@@ -176,9 +176,9 @@ TEST(PackedPcm, RoundsAndHoldsEveryOtherFloat)
     expectPacked(samples);
 }
 
-class TakeFile : public SandboxTest { };
+class TakeOnDisk : public SandboxTest { };
 
-TEST_F(TakeFile, OpensElsewhereWithItsAudioAndComesBackFromItsHeader)
+TEST_F(TakeOnDisk, OpensElsewhereWithItsAudioAndComesBackFromItsHeader)
 {
     constexpr std::int64_t frames = 1001;
     for (const TakeShape& shape : shapes) {
@@ -200,7 +200,7 @@ TEST_F(TakeFile, OpensElsewhereWithItsAudioAndComesBackFromItsHeader)
     }
 }
 
-TEST_F(TakeFile, OpensElsewhereAtTheLimitOfWav)
+TEST_F(TakeOnDisk, OpensElsewhereAtTheLimitOfWav)
 {
     const TakeShape shape{TakeFormat::wav, 48000, 2};
     const std::int64_t frames = TakeHeader(shape).maxFrames();
@@ -211,7 +211,7 @@ TEST_F(TakeFile, OpensElsewhereAtTheLimitOfWav)
     EXPECT_EQ(SoundFile::read(path, false).frames, frames);
 }
 
-TEST_F(TakeFile, IsMendedWhereverItWasCut)
+TEST_F(TakeOnDisk, IsMendedWhereverItWasCut)
 {
     std::mt19937 random(3);
     for (const TakeShape& shape : shapes) {
@@ -253,7 +253,7 @@ TEST_F(TakeFile, IsMendedWhereverItWasCut)
     }
 }
 
-TEST_F(TakeFile, GivesBackItsReserveOnceNobodyWritesIt)
+TEST_F(TakeOnDisk, GivesBackItsReserveOnceNobodyWritesIt)
 {
     const QString path = m_sandbox.path(QStringLiteral("dead.caf"));
     Sandbox::writeFile(path, headerOf({TakeFormat::caf, 48000, 2}, 10) + audioOf(noise(200)));
@@ -270,7 +270,7 @@ TEST_F(TakeFile, GivesBackItsReserveOnceNobodyWritesIt)
     EXPECT_LT(status.st_blocks * 512, 1 << 20);
 }
 
-TEST_F(TakeFile, OfSomebodyElseIsLeftAlone)
+TEST_F(TakeOnDisk, OfSomebodyElseIsLeftAlone)
 {
     const TakeShape wav{TakeFormat::wav, 48000, 2};
     const TakeShape caf{TakeFormat::caf, 48000, 2};

@@ -13,8 +13,6 @@ namespace {
     using Check = PreflightFinding::Check;
     using Severity = PreflightFinding::Severity;
 
-    const SourceRef mixer = SourceRef::device(u"mixer"_s);
-
     RankedSource ranked(const SourceRef& ref, const QString& name)
     {
         return {.observation = {.ref = ref, .name = name}, .score = 50};

@@ -19,8 +19,6 @@ namespace {
         return std::pow(10.0F, level / 20);
     }
 
-    const SourceRef mixer = SourceRef::device(u"mixer"_s);
-
     class MeterTest : public test::ModelTest {
     protected:
         void SetUp() override

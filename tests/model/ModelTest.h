@@ -80,6 +80,8 @@ public:
 /// The model and its flows in a world that the test holds in its hands.
 class ModelTest : public SandboxTest {
 protected:
+    inline static const SourceRef mixer = SourceRef::device(QStringLiteral("mixer"));
+
     /// As at the start of the application, in a fresh world or after an earlier run.
     void launch(AppModel::Kind kind = AppModel::Kind::live)
     {

@@ -10,8 +10,6 @@ namespace {
     using namespace std::chrono_literals;
     using namespace Qt::Literals::StringLiterals;
 
-    const SourceRef mixer = SourceRef::device(u"mixer"_s);
-
     class TakeFlowTest : public test::ModelTest {
     protected:
         /// A launched application with a source that is ready.

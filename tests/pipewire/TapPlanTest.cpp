@@ -25,11 +25,11 @@ namespace {
     public:
         Graph() { connected = true; }
 
-        std::uint32_t client(qint64 pid, const GraphProperties& more = {})
+        std::uint32_t client(qint64 process, const GraphProperties& more = {})
         {
             GraphClient& client = clients.emplace_back();
             client.id = nextId();
-            client.properties = {{u"pipewire.sec.pid"_s, QString::number(pid)}};
+            client.properties = {{u"pipewire.sec.pid"_s, QString::number(process)}};
             client.properties.insert(more);
             return client.id;
         }
