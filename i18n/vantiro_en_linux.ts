@@ -3,6 +3,23 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en_linux" sourcelanguage="en">
 <context>
+    <name>AnalysisText</name>
+    <message numerus="yes">
+        <source>%1 places, %2 an hour, %3 in all</source>
+        <translation>
+            <numerusform>%1 place, %2 an hour, %3 in all</numerusform>
+            <numerusform>%1 places, %2 an hour, %3 in all</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 in %2 silences</source>
+        <translation>
+            <numerusform>%1 in %2 silence</numerusform>
+            <numerusform>%1 in %2 silences</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>EndingWords</name>
     <message numerus="yes">
         <source>The take has %n gaps, for example where the Mac slept. The rest of the file is intact.</source>
@@ -17,6 +34,23 @@
     <message>
         <source>this Mac is offline</source>
         <translation>this computer is offline</translation>
+    </message>
+</context>
+<context>
+    <name>PracticeText</name>
+    <message numerus="yes">
+        <source>Added %1 takes to the log</source>
+        <translation>
+            <numerusform>Added %1 take to the log</numerusform>
+            <numerusform>Added %1 takes to the log</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>No sets this week or last. The log holds %1 sets, the last of %2.</source>
+        <translation>
+            <numerusform>No sets this week or last. The log holds %1 set, of %2.</numerusform>
+            <numerusform>No sets this week or last. The log holds %1 sets, the last of %2.</numerusform>
+        </translation>
     </message>
 </context>
 <context>
@@ -53,10 +87,30 @@
     </message>
 </context>
 <context>
+    <name>ShapeText</name>
+    <message numerus="yes">
+        <source>Clipped in %n places, %1 samples at full scale</source>
+        <translation>
+            <numerusform>Clipped in %n place, %1 samples at full scale</numerusform>
+            <numerusform>Clipped in %n places, %1 samples at full scale</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>SourceRanker</name>
     <message>
         <source>playing on this Mac</source>
         <translation>playing on this computer</translation>
+    </message>
+</context>
+<context>
+    <name>TakesText</name>
+    <message numerus="yes">
+        <source>%1 takes, %2 in all, %3, in %4</source>
+        <translation>
+            <numerusform>%1 take, %2 in all, %3, in %4</numerusform>
+            <numerusform>%1 takes, %2 in all, %3, in %4</numerusform>
+        </translation>
     </message>
 </context>
 </TS>

@@ -17,6 +17,16 @@ int stopCommand(const QStringList& words);
 int sourcesCommand(const QStringList& words);
 /// Tells what stands in the way of a take.
 int checkCommand(const QStringList& words);
+/// Lists the takes of a folder, and mends those that were left unfinished.
+int takesCommand(const QStringList& words);
+/// Tells what happened in a set.
+int analyzeCommand(const QStringList& words);
+/// Draws the shape of a take.
+int shapeCommand(const QStringList& words);
+/// Compares this week's sets with last week's.
+int practiceCommand(const QStringList& words);
+/// Writes made takes.
+int samplesCommand(const QStringList& words);
 /// Records a take from a virtual rig on a private graph.
 int demoCommand(const QStringList& words);
 

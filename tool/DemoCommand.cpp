@@ -6,12 +6,14 @@
 #include "core/recorder/VantiroPaths.h"
 #include "platform/DesktopPlatform.h"
 #include "tool/AccountText.h"
+#include "tool/AnalysisText.h"
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
 #include "tool/DemoProof.h"
 #include "tool/DemoRig.h"
 #include "tool/DemoTake.h"
 #include "tool/Listening.h"
+#include "tool/ShapeText.h"
 #include "tool/SignalWatch.h"
 #include "tool/SourcesText.h"
 #include "tool/Terminal.h"
@@ -98,6 +100,18 @@ namespace {
         return DemoTake::stop();
     }
 
+    Result<void> showShape(const QString& path)
+    {
+        const auto both = TakeAnalysis::analyze(path, {}, TakeOverview::usualSlices, {});
+        if (!both) {
+            return std::unexpected(both.error());
+        }
+        Terminal::print(u"  Loudness %1\n"_s.arg(loudnessText(both->analysis)));
+        Terminal::print(shapeText(both->overview, both->analysis.seconds, Terminal::columns(),
+            Terminal::hasColours() ? ClipMarks::colour : ClipMarks::row));
+        return {};
+    }
+
     Result<void> showAccount(const RecorderState& last)
     {
         Terminal::print(u"\nStopped. The account of the take:"_s);
@@ -114,7 +128,7 @@ namespace {
         }
         Terminal::print(u"  Proof    all %1 frames are, bit by bit, what was played from second %2 of the set"_s.arg(
             groupedNumber(proof->frames), QString::number(proof->setSeconds, 'f', 3)));
-        return {};
+        return showShape(last.path);
     }
 
     Result<void> runDemo(const QString& folder, int seconds)

@@ -15,6 +15,11 @@ QString generalHelp()
   vantiro stop            end the running take and show its account
   vantiro sources         listen to all inputs and DJ apps, and list them, the likeliest to carry the mix first
   vantiro check           tell what stands in the way of a good take: source, level, sample rate, disk
+  vantiro takes           list the takes, the newest first; takes left unfinished are mended
+  vantiro analyze FILE    tell what happened in a set: loudness, peak, clipping, dead air, drops and jumps
+  vantiro shape FILE      draw the shape of a set, in the terminal or as a picture
+  vantiro practice        this week's sets against last week's
+  vantiro samples FOLDER  write made takes to try the above with
   vantiro demo            let Vantiro find and record a made set on a virtual rig, touching nothing of yours
 
   vantiro COMMAND --help  how a command is called
@@ -66,6 +71,45 @@ if the source or the disk of the takes folder is not there.
   --device UID       the device, as 'vantiro sources' names it
   --app ID           the program, as 'vantiro sources' names it
   --json             the findings as JSON)")},
+        {QStringLiteral("takes"), QStringLiteral(R"(vantiro takes [FOLDER] [--json]
+
+Lists the takes of a folder, the newest first: when each began, how long it is, sample rate, channels, size. Without
+FOLDER, those of the takes folder of the settings. A take whose recorder was killed is mended first, and that is told;
+the take that is being recorded is marked, and left alone. Exit code 1 if the folder is not there.
+
+  --json             the same as JSON)")},
+        {QStringLiteral("analyze"), QStringLiteral(R"(vantiro analyze FILE [--json | --review]
+
+Tells what happened in a set: how long and how loud it is, its highest peak, where it clipped, where it was silent for 2
+seconds or more, and where the level dropped or jumped by 6 dB or more. Times count from the start of the take. FILE is
+a take or another file with audio. What is found in a take is kept, so that the next call is quick.
+
+  --json             everything, a level for each second too
+  --review           a request for a judge outside Vantiro: the moments with their facts and the questions about them,
+                     as JSON)")},
+        {QStringLiteral("shape"), QStringLiteral(R"(vantiro shape FILE [--json | --png OUT [--width N] [--height N]]
+
+Draws the peaks of a set from its start to its end as wide as the terminal, with the time below. Clipped places are red,
+or marked with ▼ where there are no colours. FILE is a take or another file with audio.
+
+  --png OUT          a picture instead; a file that is there is replaced
+  --width N          of the picture, in pixels, 120 to 8192 (default: 1200)
+  --height N         40 to 8192 (default: 240)
+  --json             the peaks and the clipped slices)")},
+        {QStringLiteral("practice"), QStringLiteral(R"(vantiro practice [FOLDER] [--json]
+
+Analyses the takes of a folder that its practice log lacks, adds them to the log, and shows this week against the last:
+sets, their length, clips and dead air an hour, loudness. Without FOLDER, the takes folder of the settings. The log is a
+hidden file in the folder, .vantiro-practice.json, and remembers takes that are gone. Exit code 1 if a take cannot be
+read; the others are added all the same.
+
+  --json             the figures of both weeks and how they changed)")},
+        {QStringLiteral("samples"), QStringLiteral(R"(vantiro samples FOLDER [--json]
+
+Writes three made takes with the shape of DJ sets into a folder, which is made if need be, and lists them. Files of
+their names (mix-2026-09-25_22-10-04.caf and two more) are replaced.
+
+  --json             the list as JSON)")},
         {QStringLiteral("demo"), QStringLiteral(R"(vantiro demo [--folder PATH] [--seconds N]
 
 Starts a private PipeWire graph with a virtual DJ app that plays a made set, beside a silent interface, a microphone and

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tool/Terminal.h"
 
-#include <QStringList>
-
+#include <algorithm>
 #include <cstdio>
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace vantiro::Terminal {
@@ -13,6 +13,11 @@ void print(const QString& line)
 {
     std::fputs((line + u'\n').toUtf8().constData(), stdout);
     std::fflush(stdout);
+}
+
+void print(const QStringList& lines)
+{
+    print(lines.join(u'\n'));
 }
 
 void printParagraph(const QString& text, int indent)
@@ -57,6 +62,27 @@ bool isInteractive()
     return ::isatty(STDOUT_FILENO) == 1;
 }
 
+bool isErrorInteractive()
+{
+    return ::isatty(STDERR_FILENO) == 1;
+}
+
+bool hasColours()
+{
+    return isInteractive() && qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
+}
+
+int columns()
+{
+    constexpr int usual = 80;
+    constexpr int least = 20;
+    struct winsize size = {};
+    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
+        return usual;
+    }
+    return std::max<int>(size.ws_col, least);
+}
+
 void rewriteLine(const QString& line)
 {
     // Back to the first column, and clear what a longer line left behind.
@@ -68,6 +94,16 @@ void endLine()
 {
     std::fputc('\n', stdout);
     std::fflush(stdout);
+}
+
+QString safeName(QString name)
+{
+    for (QChar& letter : name) {
+        if (letter.category() == QChar::Other_Control) {
+            letter = QChar::ReplacementCharacter;
+        }
+    }
+    return name;
 }
 
 QString clockText(double seconds)

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/takes/TakeReader.h"
 #include "core/words/Catalogue.h"
+#include "platform/media/MediaLoader.h"
 #include "tool/Commands.h"
 #include "tool/Help.h"
 #include "tool/Terminal.h"
@@ -13,6 +15,7 @@ int main(int argc, char* argv[])
 
     QCoreApplication application(argc, argv);
     installCatalogue(application);
+    TakeReader::setDecoder(MediaLoader::open);
     QStringList words = QCoreApplication::arguments().mid(1);
     const QString name = words.isEmpty() ? QStringLiteral("--help") : words.takeFirst();
     if (name == QStringLiteral("--version")) {
@@ -29,6 +32,11 @@ int main(int argc, char* argv[])
         {QStringLiteral("stop"), stopCommand},
         {QStringLiteral("sources"), sourcesCommand},
         {QStringLiteral("check"), checkCommand},
+        {QStringLiteral("takes"), takesCommand},
+        {QStringLiteral("analyze"), analyzeCommand},
+        {QStringLiteral("shape"), shapeCommand},
+        {QStringLiteral("practice"), practiceCommand},
+        {QStringLiteral("samples"), samplesCommand},
         {QStringLiteral("demo"), demoCommand},
     };
     const auto command = commands.value(name, nullptr);
