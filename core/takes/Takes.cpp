@@ -6,10 +6,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTimeZone>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <thread>
 #include <utility>
 
 #include <fcntl.h>
@@ -19,8 +21,11 @@ namespace vantiro::Takes {
 
 namespace {
 
+    /// A folder of so many files is read by two threads.
+    constexpr std::size_t worthAThread = 100;
+
     /// The moment in "mix-2026-09-19_21-04-33", whatever a user or a second take of that name has put behind it.
-    std::optional<QDateTime> momentInName(QStringView name)
+    std::optional<QDateTime> momentInName(QStringView name, const QTimeZone& zone)
     {
         constexpr QStringView pattern = u"mix-0000-00-00_00-00-00";
         if (name.size() < pattern.size() || (name.size() > pattern.size() && name[pattern.size()].isDigit())) {
@@ -44,7 +49,7 @@ namespace {
         }
         const QDate date(numbers[1], numbers[2], numbers[3]);
         const QTime time(numbers[4], numbers[5], numbers[6]);
-        const QDateTime moment(date, time, Qt::LocalTime);
+        const QDateTime moment(date, time, zone);
         return date.isValid() && time.isValid() && moment.isValid() ? std::optional(moment.toUTC()) : std::nullopt;
     }
 
@@ -72,9 +77,9 @@ namespace {
         return utcMoment(status.stx_btime.tv_sec, status.stx_btime.tv_nsec);
     }
 
-    QDateTime createdOf(const PcmFile& file, QStringView name)
+    QDateTime createdOf(const PcmFile& file, QStringView name, const QTimeZone& zone)
     {
-        if (const auto moment = momentInName(name)) {
+        if (const auto moment = momentInName(name, zone)) {
             return *moment;
         }
         if (const auto moment = momentBeforeEnd(file.status, file.layout->seconds())) {
@@ -83,14 +88,14 @@ namespace {
         return birthOf(file.descriptor.get()).value_or(QDateTime(QDate(1, 1, 1), QTime(0, 0), Qt::UTC));
     }
 
-    std::optional<Take> takeIn(const Result<PcmFile>& file, const QString& path)
+    std::optional<Take> takeIn(const Result<PcmFile>& file, const QString& path, const QTimeZone& zone)
     {
         if (!file || !file->layout) {
             return std::nullopt;
         }
         const PcmLayout& layout = *file->layout;
         return Take{.path = path,
-            .created = createdOf(*file, QStringView(path).mid(path.lastIndexOf(u'/') + 1)),
+            .created = createdOf(*file, QStringView(path).mid(path.lastIndexOf(u'/') + 1), zone),
             .bytes = file->status.st_size,
             .seconds = layout.seconds(),
             .sampleRate = layout.sampleRate,
@@ -110,18 +115,32 @@ std::vector<Take> list(const QString& folder, const std::optional<QString>& excl
     struct stat excluded = {};
     const bool hasExcluded = excluding && ::stat(QFile::encodeName(*excluding).constData(), &excluded) == 0;
 
-    std::vector<Take> takes;
+    // Qt::LocalTime would look at the system's settings twice a file.
+    const QTimeZone zone = QTimeZone::systemTimeZone();
     const QString parent = absolute(folder);
     // Filters match extensions in any case.
     const QStringList names = QDir(parent).entryList(
         {QStringLiteral("*.caf"), QStringLiteral("*.wav")}, QDir::Files | QDir::Hidden, QDir::Name);
-    for (const QString& name : names) {
-        const QString path = parent + u'/' + name;
-        const Result<PcmFile> file = PcmFile::open(path);
-        if (file && hasExcluded && file->status.st_ino == excluded.st_ino && file->status.st_dev == excluded.st_dev) {
-            continue;
+    std::vector<std::optional<Take>> found(static_cast<std::size_t>(names.size()));
+    const auto look = [&](std::size_t from, std::size_t to) {
+        for (std::size_t index = from; index < to; ++index) {
+            const QString path = parent + u'/' + names[static_cast<qsizetype>(index)];
+            const Result<PcmFile> file = PcmFile::open(path);
+            if (!file || !hasExcluded || file->status.st_ino != excluded.st_ino
+                || file->status.st_dev != excluded.st_dev) {
+                found[index] = takeIn(file, path, zone);
+            }
         }
-        if (std::optional<Take> take = takeIn(file, path)) {
+    };
+    {
+        // The time goes into waiting for the system, file by file.
+        const std::size_t half = found.size() < worthAThread ? 0 : found.size() / 2;
+        const std::jthread helper(look, std::size_t{0}, half);
+        look(half, found.size());
+    }
+    std::vector<Take> takes;
+    for (std::optional<Take>& take : found) {
+        if (take) {
             takes.push_back(std::move(*take));
         }
     }
@@ -133,7 +152,7 @@ std::optional<Take> describe(const QString& path)
 {
     // What is opened is what the take is called, whatever links lead through the path.
     const QString whole = absolute(path);
-    return takeIn(PcmFile::open(whole), whole);
+    return takeIn(PcmFile::open(whole), whole, QTimeZone::systemTimeZone());
 }
 
 }  // namespace vantiro::Takes
