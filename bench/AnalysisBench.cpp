@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// vantiro_bench_analysis [MINUTES [ROUNDS]]: measures what looking into a take costs, as whole processes on a warm
-// cache and beside what other people's code needs for the same, and prints a table. Sixty minutes and five rounds
-// unless told otherwise; with VANTIRO_BENCH_SHORT in the environment six minutes and three rounds.
+// vantiro_bench_analysis [MINUTES [ROUNDS]]: measures what looking into a take costs, with whole runs of the tool
+// beside it that have the take in memory and nothing kept of it, beside what other people's code needs for the same,
+// and prints a table. Sixty minutes and five rounds unless told otherwise; with VANTIRO_BENCH_SHORT in the environment
+// six minutes and three rounds.
 #include "bench/MadeTakes.h"
 #include "bench/MeasuredRun.h"
 #include "core/analysis/TakeAnalysis.h"
+#include "core/foundation/Files.h"
 #include "core/takes/Takes.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -90,17 +94,14 @@ namespace {
         return paths.size() == listedTakes ? say({median(lists), median(stats)}) : 1;
     }
 
+    /// What only a process itself can tell: how much memory it held, and how long a call took.
     int beMeasured(const QString& word, const QString& path)
     {
         if (word == u"--analyze"_s) {
             const auto found = TakeAnalysis::analyze(path, {}, TakeOverview::usualSlices, {});
-            return found ? say({found->analysis.loudness.value_or(-INFINITY), memory()}) : fail(found.error());
+            return found ? say({memory()}) : fail(found.error());
         }
-        if (word == u"--shape"_s) {
-            const auto found = TakeOverview::compute(path);
-            return found ? say({static_cast<double>(std::ranges::max(found->peaks)), memory()}) : fail(found.error());
-        }
-        return word == u"--list"_s ? listFolder(path) : say({0, memory()});
+        return word == u"--list"_s ? listFolder(path) : say({memory()});
     }
 
     /// All runs of one command.
@@ -110,17 +111,25 @@ namespace {
         QStringList variables = {};
         std::vector<double> processor = {};  ///< Milliseconds.
         std::vector<double> wall = {};       ///< Milliseconds.
-        std::vector<double> said = {};       ///< What it printed last.
+        std::vector<double> said = {};       ///< What it printed last; of an analysis in JSON the loudness.
 
         [[nodiscard]] Result<void> run()
         {
-            const auto done = MeasuredRun::of(program, arguments, variables);
+            // Nothing is kept from one run to the next.
+            const QTemporaryDir support;
+            const auto done =
+                MeasuredRun::of(program, arguments, variables + QStringList{u"XDG_DATA_HOME="_s + support.path()});
             if (!done) {
                 return std::unexpected(done.error());
             }
             processor.push_back(milliseconds(done->processor));
             wall.push_back(milliseconds(done->wall));
             said.clear();
+            if (done->output.startsWith('{')) {
+                const QJsonObject told = QJsonDocument::fromJson(done->output).object();
+                said.push_back(told.value(u"loudness"_s).toDouble(-INFINITY));
+                return {};
+            }
             for (const QString& word : QString::fromLatin1(done->output).split(u' ', Qt::SkipEmptyParts)) {
                 said.push_back(word.toDouble());
             }
@@ -160,7 +169,12 @@ namespace {
     Result<void> prepare(const QTemporaryDir& folder, std::int64_t seconds)
     {
         QDir().mkpath(folder.filePath(u"takes"_s));
-        Result<void> done = madeTakes::write(folder.filePath(u"music.wav"_s), seconds, seconds);
+        // The folder is the takes folder of the tool, which writes what it finds there.
+        QJsonObject settings;
+        settings.insert(u"takesFolder"_s, folder.path());
+        Result<void> done = files::replace(folder.filePath(u"config/Vantiro/settings.json"_s),
+            QJsonDocument(settings).toJson(), files::Durability::passing);
+        done = done ? madeTakes::write(folder.filePath(u"music.wav"_s), seconds, seconds) : done;
         done = done ? madeTakes::write(folder.filePath(u"silence.wav"_s), seconds, 16) : done;
         done = done ? madeTakes::writeSparse(folder.filePath(u"short.wav"_s), 600) : done;
         done = done ? madeTakes::writeSparse(folder.filePath(u"long.wav"_s), 4 * 3600) : done;
@@ -179,22 +193,24 @@ namespace {
         const auto once = [&](const QString& word, const QString& file) {
             return Contender{.program = self, .arguments = {word, folder.filePath(file)}};
         };
+        const auto tool = [&](const QString& command, const QString& file, const QStringList& variables = {}) {
+            return Contender{.program = QCoreApplication::applicationDirPath() + u"/vantiro"_s,
+                .arguments = {command, folder.filePath(file), u"--json"_s},
+                .variables = variables + QStringList{u"XDG_CONFIG_HOME="_s + folder.filePath(u"config"_s)}};
+        };
         const QStringList baseline{u"VANTIRO_KERNEL=baseline"_s};
         std::map<std::string, Contender> all{
-            {"ours", once(u"--analyze"_s, u"music.wav"_s)},
-            {"baseline", {.program = self, .arguments = {u"--analyze"_s, music}, .variables = baseline}},
+            {"ours", tool(u"analyze"_s, u"music.wav"_s)},
+            {"baseline", tool(u"analyze"_s, u"music.wav"_s, baseline)},
             {"ebur128", {.program = peers, .arguments = {u"loudness"_s, music}}},
             {"ffmpeg",
                 {.program = u"ffmpeg"_s,
                     .arguments = {u"-nostdin"_s, u"-nostats"_s, u"-i"_s, music, u"-af"_s, u"ebur128"_s, u"-f"_s,
                         u"null"_s, u"-"_s}}},
-            {"shape", once(u"--shape"_s, u"music.wav"_s)},
+            {"shape", tool(u"shape"_s, u"music.wav"_s)},
             {"peaks", {.program = peers, .arguments = {u"peaks"_s, music}}},
-            {"silence", once(u"--analyze"_s, u"silence.wav"_s)},
-            {"silenceBaseline",
-                {.program = self,
-                    .arguments = {u"--analyze"_s, folder.filePath(u"silence.wav"_s)},
-                    .variables = baseline}},
+            {"silence", tool(u"analyze"_s, u"silence.wav"_s)},
+            {"silenceBaseline", tool(u"analyze"_s, u"silence.wav"_s, baseline)},
             {"list", once(u"--list"_s, u"takes"_s)},
         };
         for (int round = 0; round < rounds; ++round) {
@@ -233,12 +249,12 @@ namespace {
         table.less("shape, processor, beside a libsndfile peak scan", ns, processor("shape"), processor("peaks"), 4);
         table.more("silence after sound, processor, beside music", ns, processor("silence"), processor("ours"), 1.2);
         table.more("  the same, baseline kernel", ns, processor("silenceBaseline"), processor("baseline"), 1.2);
-        const double idle = memories.at("idle").said.at(1);
+        const double idle = memories.at("idle").said.at(0);
         constexpr double megabyte = 1e6;
         table.most("analysis of 10 minutes, memory over an empty process", "MB",
-            (memories.at("short").said.at(1) - idle) / megabyte, 12);
+            (memories.at("short").said.at(0) - idle) / megabyte, 12);
         table.most("analysis of 4 hours, memory over an empty process", "MB",
-            (memories.at("long").said.at(1) - idle) / megabyte, 58);
+            (memories.at("long").said.at(0) - idle) / megabyte, 58);
         table.most("listing 1000 takes", "ms", all.at("list").said.at(0), 10);
         std::printf("\none stat of each of the 1000 takes: %.2f ms\n", all.at("list").said.at(1));
         const double ours = all.at("ours").said.at(0);

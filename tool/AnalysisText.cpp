@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tool/AnalysisText.h"
 
+#include "core/analysis/KWeighting.h"
 #include "core/analysis/ReviewRequest.h"
 #include "core/foundation/Decibels.h"
 #include "core/foundation/Numbers.h"
@@ -10,8 +11,11 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numeric>
+#include <span>
+#include <utility>
 
 namespace vantiro {
 
@@ -20,16 +24,14 @@ namespace {
     using namespace Qt::StringLiterals;
     using Moment = TakeAnalysis::Moment;
 
-    struct Words {
+    struct AnalysisWords {
         Q_DECLARE_TR_FUNCTIONS(AnalysisText)
     };
 
-    /// So many moments are listed one by one; of more, the worst few.
+    /// So many moments of all kinds are listed one by one, which leaves a set a dozen lines.
     constexpr std::size_t mostListed = 4;
-    constexpr std::size_t worstListed = 3;
-    constexpr double lowestRateWithLoudness = 4000;  // Hz
 
-    QString row(const QString& title, const QString& content)
+    QString figureRow(const QString& title, const QString& content)
     {
         return u"  %1 %2"_s.arg(title, -9).arg(content);
     }
@@ -41,7 +43,7 @@ namespace {
 
     QString levelText(float level)
     {
-        return Words::tr("%1 dB").arg(Decibels::text(level));
+        return AnalysisWords::tr("%1 dB").arg(Decibels::text(level));
     }
 
     QString changeText(float change)
@@ -54,9 +56,10 @@ namespace {
     {
         constexpr double minute = 60;
         if (seconds < 0.9995) {
-            return Words::tr("%1 ms").arg(std::max<qint64>(1, std::llround(seconds * 1000)));
+            return AnalysisWords::tr("%1 ms").arg(std::max<qint64>(1, std::llround(seconds * 1000)));
         }
-        return seconds < minute - 0.05 ? Words::tr("%1 s").arg(seconds, 0, 'f', 1) : Terminal::clockText(seconds);
+        return seconds < minute - 0.05 ? AnalysisWords::tr("%1 s").arg(seconds, 0, 'f', 1)
+                                       : Terminal::clockText(seconds);
     }
 
     /// How much a listener suffers from it, among moments of one kind.
@@ -81,20 +84,27 @@ namespace {
         const auto change = moment.changeDB();
         switch (moment.kind) {
         case Moment::Kind::clip:
-            return Words::tr("%1 at full scale").arg(durationText(moment.clippedSeconds));
+            return AnalysisWords::tr("%1 at full scale").arg(durationText(moment.clippedSeconds));
         case Moment::Kind::silence:
             return durationText(moment.duration);
         case Moment::Kind::drop:
             return change
-                ? Words::tr("%1 for %2").arg(changeText(*change), durationText(moment.duration))
-                : Words::tr("at %1 for %2").arg(levelText(moment.levelDuringDB), durationText(moment.duration));
+                ? AnalysisWords::tr("%1 for %2").arg(changeText(*change), durationText(moment.duration))
+                : AnalysisWords::tr("at %1 for %2").arg(levelText(moment.levelDuringDB), durationText(moment.duration));
         case Moment::Kind::jump:
             break;
         }
-        return change ? Words::tr("%1, from %2 to %3")
+        return change ? AnalysisWords::tr("%1, from %2 to %3")
                             .arg(changeText(*change), levelText(*moment.levelBeforeDB), levelText(moment.levelDuringDB))
-                      : Words::tr("to %1").arg(levelText(moment.levelDuringDB));
+                      : AnalysisWords::tr("to %1").arg(levelText(moment.levelDuringDB));
     }
+
+    struct MomentRow {
+        QString title;
+        std::vector<Moment> moments;
+        QString sum;             ///< Tells what there is if there is any.
+        std::size_t listed = 0;  ///< So many of the moments get a line of their own.
+    };
 
     std::vector<Moment> ofKind(const TakeAnalysis& analysis, Moment::Kind kind)
     {
@@ -104,21 +114,34 @@ namespace {
         return moments;
     }
 
-    /// A row for one kind of moment, and the moments below it. `sum` tells what there is if there is any.
-    void addMoments(QStringList& lines, const QString& title, const QString& sum, std::vector<Moment> moments)
+    /// Gives the lines out in turn, so that each kind of moment comes before many of one.
+    void shareLines(std::span<MomentRow> rows)
     {
-        if (moments.empty()) {
-            lines << row(title, Words::tr("none"));
+        std::size_t left = mostListed;
+        for (std::size_t before = 0; before != left;) {
+            before = left;
+            for (MomentRow& kind : rows) {
+                if (left > 0 && kind.listed < kind.moments.size()) {
+                    ++kind.listed;
+                    --left;
+                }
+            }
+        }
+    }
+
+    void addMoments(QStringList& lines, MomentRow kind)
+    {
+        if (kind.moments.empty()) {
+            lines << figureRow(kind.title, AnalysisWords::tr("none"));
             return;
         }
-        const bool isMany = moments.size() > mostListed;
-        lines << row(title, isMany ? Words::tr("%1, the worst of them:").arg(sum) : sum + u':');
-        if (isMany) {
-            std::ranges::stable_sort(moments, std::ranges::greater(), severity);
-            moments.resize(worstListed);
-            std::ranges::stable_sort(moments, {}, &Moment::start);
-        }
-        for (const Moment& moment : moments) {
+        const bool isAll = kind.listed == kind.moments.size();
+        lines << figureRow(
+            kind.title, isAll ? kind.sum + u':' : AnalysisWords::tr("%1, the worst of them:").arg(kind.sum));
+        std::ranges::stable_sort(kind.moments, std::ranges::greater(), severity);
+        kind.moments.resize(kind.listed);
+        std::ranges::stable_sort(kind.moments, {}, &Moment::start);
+        for (const Moment& moment : kind.moments) {
             lines << detail(Terminal::clockText(std::round(moment.start)), momentText(moment));
         }
     }
@@ -127,9 +150,9 @@ namespace {
     {
         const auto highest = std::ranges::max_element(analysis.peakDB);
         if (highest == analysis.peakDB.end() || *highest <= silenceDB) {
-            return Words::tr("none, the take is silent");
+            return AnalysisWords::tr("none, the take is silent");
         }
-        return Words::tr("%1 at %2")
+        return AnalysisWords::tr("%1 at %2")
             .arg(levelText(*highest),
                 Terminal::clockText(static_cast<double>(std::distance(analysis.peakDB.begin(), highest))));
     }
@@ -156,7 +179,8 @@ namespace {
         if (!typical) {
             return;
         }
-        lines << row(Words::tr("Level"), Words::tr("typically %1").arg(levelText(static_cast<float>(*typical))));
+        lines << figureRow(
+            AnalysisWords::tr("Level"), AnalysisWords::tr("typically %1").arg(levelText(static_cast<float>(*typical))));
         // The fades at both ends are no news.
         constexpr std::ptrdiff_t edge = 120;
         constexpr std::ptrdiff_t least = 300;
@@ -168,32 +192,37 @@ namespace {
         const auto time = [&](auto minute) {
             return Terminal::clockText(static_cast<double>(std::distance(levels.begin(), minute)));
         };
-        lines.last() += Words::tr(", loudest minute %1 at %2, quietest %3 at %4")
+        lines.last() += AnalysisWords::tr(", loudest minute %1 at %2, quietest %3 at %4")
                             .arg(levelText(*loudest), time(loudest), levelText(*quietest), time(quietest));
     }
 
-    void addClipping(QStringList& lines, const TakeAnalysis& analysis)
+    MomentRow clippingRow(const TakeAnalysis& analysis)
     {
-        const std::vector<Moment> clips = ofKind(analysis, Moment::Kind::clip);
+        std::vector<Moment> clips = ofKind(analysis, Moment::Kind::clip);
         const auto count = static_cast<int>(clips.size());
         const double seconds = std::accumulate(clips.begin(), clips.end(), 0.0,
             [](double sum, const Moment& moment) { return sum + moment.clippedSeconds; });
-        addMoments(lines, Words::tr("Clipping"),
-            Words::tr("%1 places, %2 an hour, %3 in all", nullptr, count)
+        return {AnalysisWords::tr("Clipping"), std::move(clips),
+            AnalysisWords::tr("%1 places, %2 an hour, %3 in all", nullptr, count)
                 .arg(groupedNumber(count))
                 .arg(analysis.clipsPerHour(), 0, 'f', 1)
-                .arg(durationText(seconds)),
-            clips);
+                .arg(durationText(seconds))};
     }
 
-    void addSilences(QStringList& lines, const TakeAnalysis& analysis)
+    MomentRow silencesRow(const TakeAnalysis& analysis)
     {
-        const std::vector<Moment> silences = ofKind(analysis, Moment::Kind::silence);
+        std::vector<Moment> silences = ofKind(analysis, Moment::Kind::silence);
         const auto count = static_cast<int>(silences.size());
-        addMoments(lines, Words::tr("Dead air"),
-            Words::tr("%1 in %2 silences", nullptr, count)
-                .arg(durationText(analysis.deadAirSeconds()), groupedNumber(count)),
-            silences);
+        return {AnalysisWords::tr("Dead air"), std::move(silences),
+            AnalysisWords::tr("%1 in %2 silences", nullptr, count)
+                .arg(durationText(analysis.deadAirSeconds()), groupedNumber(count))};
+    }
+
+    MomentRow changesRow(const TakeAnalysis& analysis, const QString& title, Moment::Kind kind)
+    {
+        std::vector<Moment> moments = ofKind(analysis, kind);
+        const QString count = groupedNumber(std::ssize(moments));
+        return {title, std::move(moments), count};
     }
 
 }  // namespace
@@ -201,27 +230,28 @@ namespace {
 QString loudnessText(const TakeAnalysis& analysis)
 {
     if (analysis.loudness) {
-        return Words::tr("%1 LUFS").arg(Decibels::text(static_cast<float>(*analysis.loudness)));
+        return AnalysisWords::tr("%1 LUFS").arg(Decibels::text(static_cast<float>(*analysis.loudness)));
     }
-    return analysis.sampleRate < lowestRateWithLoudness ? Words::tr("none, it means nothing below 4,000 Hz")
-                                                        : Words::tr("none, the take is too short or too quiet");
+    return analysis.sampleRate < KWeighting::lowestRate ? AnalysisWords::tr("none, it means nothing below 4,000 Hz")
+                                                        : AnalysisWords::tr("none, the take is too short or too quiet");
 }
 
 QStringList analysisText(const QString& fileName, const TakeAnalysis& analysis)
 {
     QStringList lines{Terminal::safeName(fileName),
-        row(Words::tr("Length"),
-            Words::tr("%1, %2, %3")
+        figureRow(AnalysisWords::tr("Length"),
+            AnalysisWords::tr("%1, %2, %3")
                 .arg(Terminal::clockText(analysis.seconds), rateText(analysis.sampleRate),
                     channelsText(analysis.channels))),
-        row(Words::tr("Loudness"), loudnessText(analysis)), row(Words::tr("Peak"), peakText(analysis))};
+        figureRow(AnalysisWords::tr("Loudness"), loudnessText(analysis)),
+        figureRow(AnalysisWords::tr("Peak"), peakText(analysis))};
     addLevel(lines, analysis);
-    addClipping(lines, analysis);
-    addSilences(lines, analysis);
-    for (const auto& [kind, title] :
-        {std::pair(Moment::Kind::drop, Words::tr("Drops")), std::pair(Moment::Kind::jump, Words::tr("Jumps"))}) {
-        const std::vector<Moment> moments = ofKind(analysis, kind);
-        addMoments(lines, title, groupedNumber(static_cast<qint64>(moments.size())), moments);
+    std::array rows{clippingRow(analysis), silencesRow(analysis),
+        changesRow(analysis, AnalysisWords::tr("Drops"), Moment::Kind::drop),
+        changesRow(analysis, AnalysisWords::tr("Jumps"), Moment::Kind::jump)};
+    shareLines(rows);
+    for (MomentRow& kind : rows) {
+        addMoments(lines, std::move(kind));
     }
     return lines;
 }

@@ -82,7 +82,7 @@ the take that is being recorded is marked, and left alone. Exit code 1 if the fo
 
 Tells what happened in a set: how long and how loud it is, its highest peak, where it clipped, where it was silent for 2
 seconds or more, and where the level dropped or jumped by 6 dB or more. Times count from the start of the take. FILE is
-a take or another file with audio. What is found in a take is kept, so that the next call is quick.
+a take or another file with audio. What is found in one of the takes folder is kept: the next call is quick.
 
   --json             everything, a level for each second too
   --review           a request for a judge outside Vantiro: the moments with their facts and the questions about them,
@@ -92,7 +92,7 @@ a take or another file with audio. What is found in a take is kept, so that the 
 Draws the peaks of a set from its start to its end as wide as the terminal, with the time below. Clipped places are red,
 or marked with ▼ where there are no colours. FILE is a take or another file with audio.
 
-  --png OUT          a picture instead; a file that is there is replaced
+  --png OUT          a PNG picture instead; of the files that are there it replaces only such pictures
   --width N          of the picture, in pixels, 120 to 8192 (default: 1200)
   --height N         40 to 8192 (default: 240)
   --json             the peaks and the clipped slices)")},

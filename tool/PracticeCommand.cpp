@@ -21,10 +21,14 @@ namespace {
         int exitCode = Terminal::done;
     };
 
-    std::vector<Take> takesWithoutEntry(const QString& folder, const PracticeLog& log)
+    std::vector<Take> finishedTakes(const QString& folder)
     {
         const auto running = RecorderStateStore::running();
-        std::vector<Take> takes = Takes::list(folder, running ? std::optional(running->path) : std::nullopt);
+        return Takes::list(folder, running ? std::optional(running->path) : std::nullopt);
+    }
+
+    std::vector<Take> withoutEntry(std::vector<Take> takes, const PracticeLog& log)
+    {
         std::erase_if(takes, [&log](const Take& take) {
             return std::ranges::find(log.entries, take.fileName(), &PracticeEntry::take) != log.entries.end();
         });
@@ -64,17 +68,28 @@ int practiceCommand(const QStringList& words)
         return Terminal::fail(errorText(folder.error()));
     }
     SignalWatch signals;
-    const Practised practised = practise(takesWithoutEntry(*folder, PracticeLog::load(*folder)), signals);
-    // Read again: that may have taken minutes, and somebody else may have rated a set meanwhile.
+    const std::vector<Take> takes = finishedTakes(*folder);
     PracticeLog log = PracticeLog::load(*folder);
+    if (log.unread) {
+        return Terminal::fail(errorText(*log.unread));
+    }
+    if (!log.setAsideAs.isEmpty()) {
+        Terminal::fail(u"the log of this folder was damaged and begins anew; its ratings are in %1"_s.arg(
+            *folder + u'/' + log.setAsideAs));
+    }
+    log.followRenames(takes);
+    Practised practised = practise(withoutEntry(takes, log), signals);
+    // Read again: that may have taken minutes, and somebody else may have rated a set meanwhile.
+    log = PracticeLog::load(*folder);
+    const std::size_t renamed = log.followRenames(takes);
     QStringList analysed;
     for (const PracticeEntry& entry : practised.entries) {
         log.record(entry);
         analysed << entry.take;
     }
-    if (!analysed.isEmpty()) {
+    if (!analysed.isEmpty() || renamed > 0) {
         if (const auto saved = log.save(*folder); !saved) {
-            return Terminal::fail(errorText(saved.error()));
+            practised.exitCode = Terminal::fail(errorText(saved.error()));
         }
     }
     if (signals.stopRequested()) {

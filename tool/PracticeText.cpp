@@ -22,7 +22,7 @@ namespace {
     using namespace Qt::StringLiterals;
     using Change = WeeklyComparison::Change;
 
-    struct Words {
+    struct PracticeWords {
         Q_DECLARE_TR_FUNCTIONS(PracticeText)
     };
 
@@ -43,13 +43,13 @@ namespace {
             return {};
         }
         if (change->direction == Change::Direction::same) {
-            return Words::tr("same");
+            return PracticeWords::tr("same");
         }
         QString step = (change->delta() > 0 ? u"+"_s : u"-"_s) + write(std::abs(change->delta()));
         if (!change->better) {
             return step;
         }
-        return *change->better ? Words::tr("%1, better").arg(step) : Words::tr("%1, worse").arg(step);
+        return *change->better ? PracticeWords::tr("%1, better").arg(step) : PracticeWords::tr("%1, worse").arg(step);
     }
 
     QString line(const QString& title, const QString& now, const QString& before, const QString& change)
@@ -107,39 +107,42 @@ QStringList practiceText(const PracticeLog& log, qsizetype added, const WeeklyCo
 {
     QStringList lines;
     if (added > 0) {
-        lines << Words::tr("Added %1 takes to the log", nullptr, static_cast<int>(added)).arg(groupedNumber(added))
+        lines << PracticeWords::tr("Added %1 takes to the log", nullptr, static_cast<int>(added))
+                     .arg(groupedNumber(added))
               << QString();
     }
     const WeekSummary& now = weeks.thisWeek;
     const WeekSummary& before = weeks.lastWeek;
     if (now.takes == 0 && before.takes == 0) {
         lines << (log.entries.empty()
-                ? Words::tr("No sets yet: the log fills with the takes of the folder.")
-                : Words::tr("No sets this week or last. The log holds %1 sets, the last of %2.", nullptr,
+                ? PracticeWords::tr("No sets yet: the log fills with the takes of the folder.")
+                : PracticeWords::tr("No sets this week or last. The log holds %1 sets, the last of %2.", nullptr,
                       static_cast<int>(log.entries.size()))
                       .arg(groupedNumber(std::ssize(log.entries)), dayText(log.entries.back().recorded)));
         return lines;
     }
     const Writer count = [](double value) { return groupedNumber(std::llround(value)); };
-    const Writer minutes = [](double value) { return Words::tr("%1 min").arg(decimal(value, 0)); };
-    const Writer anHour = [](double value) { return Words::tr("%1 an hour").arg(decimal(value, 1)); };
-    const Writer secondsAnHour = [](double value) { return Words::tr("%1 s an hour").arg(decimal(value, 0)); };
-    const Writer loudness = [](double value) { return Words::tr("%1 LUFS").arg(decimal(value, 1)); };
-    const Writer louder = [](double value) { return Words::tr("%1 LU").arg(decimal(value, 1)); };
+    const Writer minutes = [](double value) { return PracticeWords::tr("%1 min").arg(decimal(value, 0)); };
+    const Writer anHour = [](double value) { return PracticeWords::tr("%1 an hour").arg(decimal(value, 1)); };
+    const Writer secondsAnHour = [](double value) { return PracticeWords::tr("%1 s an hour").arg(decimal(value, 0)); };
+    const Writer loudness = [](double value) { return PracticeWords::tr("%1 LUFS").arg(decimal(value, 1)); };
+    const Writer louder = [](double value) { return PracticeWords::tr("%1 LU").arg(decimal(value, 1)); };
     const auto row = [](const QString& title, const std::optional<double>& to, const std::optional<double>& from,
                          const std::optional<Change>& change, const Writer& write, const Writer& writeStep) {
         return line(title, figure(to, write), figure(from, write), changeText(change, writeStep));
     };
     lines << QStringList{
-        line(QString(), Words::tr("this week"), Words::tr("last week"), QString()),
-        row(Words::tr("Sets"), static_cast<double>(now.takes), static_cast<double>(before.takes), weeks.takes(), count,
-            count),
-        row(Words::tr("Average set"), now.averageSetMinutes(), before.averageSetMinutes(), weeks.averageSetMinutes(),
-            minutes, minutes),
-        row(Words::tr("Clips"), now.clipsPerHour(), before.clipsPerHour(), weeks.clipsPerHour(), anHour, anHour),
-        row(Words::tr("Dead air"), now.deadAirPerHour(), before.deadAirPerHour(), weeks.deadAirPerHour(), secondsAnHour,
-            secondsAnHour),
-        row(Words::tr("Loudness"), now.loudnessLUFS, before.loudnessLUFS, weeks.loudnessLUFS(), loudness, louder),
+        line(QString(), PracticeWords::tr("this week"), PracticeWords::tr("last week"), QString()),
+        row(PracticeWords::tr("Sets"), static_cast<double>(now.takes), static_cast<double>(before.takes), weeks.takes(),
+            count, count),
+        row(PracticeWords::tr("Average set"), now.averageSetMinutes(), before.averageSetMinutes(),
+            weeks.averageSetMinutes(), minutes, minutes),
+        row(PracticeWords::tr("Clips"), now.clipsPerHour(), before.clipsPerHour(), weeks.clipsPerHour(), anHour,
+            anHour),
+        row(PracticeWords::tr("Dead air"), now.deadAirPerHour(), before.deadAirPerHour(), weeks.deadAirPerHour(),
+            secondsAnHour, secondsAnHour),
+        row(PracticeWords::tr("Loudness"), now.loudnessLUFS, before.loudnessLUFS, weeks.loudnessLUFS(), loudness,
+            louder),
     };
     return lines;
 }

@@ -18,7 +18,7 @@ namespace {
     /// Work that is done sooner needs no bar.
     constexpr auto patience = 300ms;
     constexpr auto showEvery = 100ms;
-    constexpr int barWidth = 30;
+    constexpr int progressWidth = 30;
 
     void write(const QByteArray& text)
     {
@@ -50,8 +50,8 @@ void ProgressBar::advance(double part)
     m_next = now + showEvery;
     m_isShown = true;
     const double done = std::clamp(part, 0.0, 1.0);
-    const int lit = static_cast<int>(std::lround(done * barWidth));
-    const QString bar = QString(lit, QChar(0x2588)) + QString(barWidth - lit, QChar(0x00B7));
+    const int lit = static_cast<int>(std::lround(done * progressWidth));
+    const QString bar = QString(lit, QChar(0x2588)) + QString(progressWidth - lit, QChar(0x00B7));
     write("\r" + u"%1  %2 %3 %"_s.arg(m_title, bar).arg(static_cast<int>(done * 100), 3).toUtf8() + "\033[K");
 }
 

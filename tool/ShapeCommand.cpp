@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/analysis/TakeOverview.h"
-#include "core/takes/TakeReader.h"
+#include "core/takes/Takes.h"
+#include "platform/media/MediaLoader.h"
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
-#include "tool/PngFile.h"
 #include "tool/ShapePicture.h"
 #include "tool/ShapeText.h"
 #include "tool/TakeFiles.h"
 #include "tool/Terminal.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 
 namespace vantiro {
 
@@ -28,23 +30,45 @@ namespace {
 
     Result<Shape> load(const QString& path)
     {
-        if (QFileInfo(path).isDir()) {
-            return captureFailure(u"%1 is a folder, not a take."_s.arg(path));
-        }
-        if (const auto take = TakeFiles::finishedTake(path)) {
-            auto overview = TakeOverview::load(*take);
+        if (const auto take = Takes::describe(path)) {
+            auto overview = TakeFiles::isKept(*take) ? TakeOverview::load(*take) : TakeOverview::compute(path);
             return overview ? Result<Shape>(Shape{*std::move(overview), take->seconds})
                             : std::unexpected(overview.error());
         }
-        const auto reader = TakeReader::open(path);
-        if (!reader) {
-            return std::unexpected(reader.error());
+        // How long other files are is certain only once they are decoded to their end.
+        SignalWatch signals;
+        auto both = TakeFiles::analyseAnew(path, u"Reading"_s, signals);
+        return both ? Result<Shape>(Shape{std::move(both->overview), both->analysis.seconds})
+                    : std::unexpected(both.error());
+    }
+
+    /// Nothing stands at the path that somebody could miss: no file, an empty one, or a picture.
+    bool isFree(const QString& path)
+    {
+        if (!QFileInfo::exists(path)) {
+            return true;
         }
-        const TakeReader::Format& format = (*reader)->format();
-        auto overview = TakeOverview::compute(path);
-        return overview
-            ? Result<Shape>(Shape{*std::move(overview), static_cast<double>(format.frames) / format.sampleRate})
-            : std::unexpected(overview.error());
+        static constexpr QByteArrayView signature("\x89PNG\r\n\x1A\n");
+        QFile file(path);
+        if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
+            return false;
+        }
+        const QByteArray start = file.read(signature.size());
+        return file.size() == 0 || start == signature;
+    }
+
+    /// Puts the picture at a path, at once or not at all.
+    Result<void> writePicture(const Picture& picture, const QString& path)
+    {
+        const auto bytes = MediaLoader::encodePng(picture.width, picture.height, picture.pixels);
+        if (!bytes) {
+            return std::unexpected(bytes.error());
+        }
+        QSaveFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(*bytes) != bytes->size() || !file.commit()) {
+            return captureFailure(u"%1 cannot be written: %2"_s.arg(path, file.errorString()));
+        }
+        return {};
     }
 
     int print(const Arguments& arguments, const QString& path)
@@ -91,14 +115,14 @@ int shapeCommand(const QStringList& words)
         return Terminal::misuse(u"give one of --json and --png"_s);
     }
     const QString output = QDir::cleanPath(QDir::current().absoluteFilePath(*png));
-    if (TakeFiles::isSame(output, path)) {
-        return Terminal::misuse(u"the picture would replace the take"_s);
+    if (!isFree(output)) {
+        return Terminal::misuse(u"%1 is there already, and it is no picture in PNG"_s.arg(output));
     }
     const auto shape = load(path);
     if (!shape) {
         return Terminal::fail(errorText(shape.error()));
     }
-    if (const auto written = PngFile::write(shapePicture(shape->overview, shape->seconds, *width, *height), output);
+    if (const auto written = writePicture(shapePicture(shape->overview, shape->seconds, *width, *height), output);
         !written) {
         return Terminal::fail(errorText(written.error()));
     }

@@ -16,7 +16,7 @@ namespace {
 
     using namespace Qt::StringLiterals;
 
-    struct Words {
+    struct ShapeWords {
         Q_DECLARE_TR_FUNCTIONS(ShapeText)
     };
 
@@ -75,14 +75,14 @@ namespace {
     QString clipText(const TakeOverview& overview)
     {
         if (overview.clips.empty()) {
-            return Words::tr("No clipping");
+            return ShapeWords::tr("No clipping");
         }
         // Neighbouring slices are one place.
         int places = 1;
         for (std::size_t index = 1; index < overview.clips.size(); ++index) {
             places += overview.clips[index] > overview.clips[index - 1] + 1 ? 1 : 0;
         }
-        return Words::tr("Clipped in %n places, %1 samples at full scale", nullptr, places)
+        return ShapeWords::tr("Clipped in %n places, %1 samples at full scale", nullptr, places)
             .arg(groupedNumber(overview.clippedSamples));
     }
 

@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tool/TakeFiles.h"
 
+#include "core/foundation/Files.h"
 #include "core/recorder/RecorderStateStore.h"
 #include "core/recorder/TakesFolder.h"
 #include "core/sources/PreflightFacts.h"
 #include "core/takes/Takes.h"
 #include "tool/ProgressBar.h"
 
-#include <QDir>
+#include <QDateTime>
+#include <QFile>
 #include <QFileInfo>
+
+#include <optional>
+#include <utility>
 
 namespace vantiro::TakeFiles {
 
@@ -16,13 +21,48 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    /// A failure in words for whoever sits at the terminal.
-    Result<TakeAnalysis> told(Result<TakeAnalysis> analysis, SignalWatch& signals)
+    /// Calls `load` with what tells and stops the progress of one file, which is no folder.
+    template <class Load>
+    auto withBar(const QString& path, const QString& title, SignalWatch& signals, Load load)
+        -> decltype(load(TakeAnalysis::Progress()))
     {
-        if (!analysis && signals.stopRequested()) {
-            return captureFailure(u"cancelled"_s);
+        if (QFileInfo(path).isDir()) {
+            return captureFailure(u"%1 is a folder, not a take."_s.arg(path));
         }
-        return analysis;
+        ProgressBar bar(title);
+        return load(TakeAnalysis::Progress{
+            .cancelled = [&signals] { return signals.stopRequested(); },
+            .advanced = [&bar](double part) { bar.advance(part); },
+        });
+    }
+
+    void removeIfOlder(const QString& file, const QDateTime& moment)
+    {
+        const QFileInfo info(file);
+        if (info.exists() && info.lastModified() < moment) {
+            QFile::remove(file);
+        }
+    }
+
+    /// Names and sizes repeat: when a take is worked over in place, or when another one takes its place.
+    void removeStale(const Take& take)
+    {
+        const QString analysis = TakeAnalysis::cacheURL(take, TakeAnalysis::cacheFolder());
+        const QString overview = TakeOverview::cacheURL(take, TakeOverview::cacheFolder());
+        const QDateTime changed = QFileInfo(take.path).lastModified();
+        removeIfOlder(analysis, changed);
+        removeIfOlder(overview, changed);
+        const auto text = files::read(analysis);
+        if (!text) {
+            return;
+        }
+        const auto kept = TakeAnalysis::fromJsonText(*text);
+        if (kept
+            && (kept->seconds != take.seconds || kept->sampleRate != take.sampleRate
+                || kept->channels != take.channels)) {
+            QFile::remove(analysis);
+            QFile::remove(overview);
+        }
     }
 
 }  // namespace
@@ -51,28 +91,32 @@ bool isSame(const QString& path, const QString& other)
     return !canonical.isEmpty() && canonical == QFileInfo(other).canonicalFilePath();
 }
 
-std::optional<Take> finishedTake(const QString& path)
+bool isKept(const Take& take)
 {
     const auto running = RecorderStateStore::running();
-    return running && isSame(path, running->path) ? std::nullopt : Takes::describe(path);
+    if ((running && isSame(take.path, running->path)) || !isSame(QFileInfo(take.path).path(), TakesFolder::current())) {
+        return false;
+    }
+    removeStale(take);
+    return true;
+}
+
+Result<TakeAnalysis::Both> analyseAnew(const QString& path, const QString& title, SignalWatch& signals)
+{
+    return withBar(path, title, signals, [&path](const TakeAnalysis::Progress& progress) {
+        return TakeAnalysis::analyze(path, {}, TakeOverview::usualSlices, progress);
+    });
 }
 
 Result<TakeAnalysis> analyse(const QString& path, const QString& title, SignalWatch& signals)
 {
-    if (QFileInfo(path).isDir()) {
-        return captureFailure(u"%1 is a folder, not a take."_s.arg(path));
+    const auto take = Takes::describe(path);
+    if (take && isKept(*take)) {
+        return withBar(path, title, signals,
+            [&take](const TakeAnalysis::Progress& progress) { return TakeAnalysis::load(*take, progress); });
     }
-    ProgressBar bar(title);
-    const TakeAnalysis::Progress progress{
-        .cancelled = [&signals] { return signals.stopRequested(); },
-        .advanced = [&bar](double part) { bar.advance(part); },
-    };
-    const auto take = finishedTake(path);
-    if (take) {
-        return told(TakeAnalysis::load(*take, progress), signals);
-    }
-    auto both = TakeAnalysis::analyze(path, {}, TakeOverview::usualSlices, progress);
-    return told(both ? Result<TakeAnalysis>(std::move(both->analysis)) : std::unexpected(both.error()), signals);
+    auto both = analyseAnew(path, title, signals);
+    return both ? Result<TakeAnalysis>(std::move(both->analysis)) : std::unexpected(both.error());
 }
 
 }  // namespace vantiro::TakeFiles

@@ -19,12 +19,15 @@ namespace vantiro::TakeFiles {
 /// Both paths lead to one file that is there.
 [[nodiscard]] bool isSame(const QString& path, const QString& other);
 
-/// The take at a path, as long as it is finished: what is kept of it stays true. Nothing for a file of another kind,
-/// and for the take that is being recorded.
-[[nodiscard]] std::optional<Take> finishedTake(const QString& path);
+/// Whether what is found in this file may be kept and used again: a finished take of the takes folder, since what is
+/// kept is found by name and size alone. Removes what was kept of another file of that name and size.
+[[nodiscard]] bool isKept(const Take& take);
 
-/// The analysis of a take or of any other file with audio, with a bar of its progress under this title if a person
-/// looks. Fails as TakeAnalysis does, and with a sentence when a stop was asked for.
+/// What there is in a take or in any other file with audio, with a bar of the progress under this title if a person
+/// looks. Fails as TakeAnalysis does.
+[[nodiscard]] Result<TakeAnalysis::Both> analyseAnew(const QString& path, const QString& title, SignalWatch& signals);
+
+/// The analysis of a take or of any other file with audio, used again where it is kept, else as analyseAnew().
 [[nodiscard]] Result<TakeAnalysis> analyse(const QString& path, const QString& title, SignalWatch& signals);
 
 }  // namespace vantiro::TakeFiles

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/capture/TakeHeader.h"
 #include "core/capture/TakeRepair.h"
 #include "core/recorder/RecorderLock.h"
 #include "core/recorder/RecorderStateStore.h"
@@ -10,7 +11,12 @@
 #include "tool/TakesText.h"
 #include "tool/Terminal.h"
 
+#include <QFile>
+
 #include <algorithm>
+#include <span>
+
+#include <sys/stat.h>
 
 namespace vantiro {
 
@@ -22,17 +28,39 @@ namespace {
     /// Others look at the lock for a moment, too.
     constexpr auto lockLimit = 100ms;
 
-    /// Mends what recorders that died have left. A recorder that lives keeps its lock, and then nothing is touched.
+    /// The header tells another length than the file has, or more room is reserved than the audio needs. Takes that
+    /// another program added to look like that, too.
+    bool looksUnfinished(const Take& take)
+    {
+        constexpr std::int64_t ordinaryReserve = std::int64_t{1} << 20;
+        QFile file(take.path);
+        const QByteArray start = file.open(QIODevice::ReadOnly) ? file.read(qint64{TakeHeader::size}) : QByteArray();
+        const auto header = TakeHeader::parse(std::as_bytes(std::span(start)));
+        struct stat status = {};
+        if (!header || ::fstat(file.handle(), &status) != 0) {
+            return false;
+        }
+        const std::int64_t told = header->frames();
+        const std::int64_t whole =
+            std::int64_t{TakeHeader::size} + told * header->shape().frameBytes() + (header->needsPadding(told) ? 1 : 0);
+        return status.st_size != whole || std::int64_t{status.st_blocks} * 512 - whole > ordinaryReserve;
+    }
+
+    /// Mends what recorders that died have left. A recorder that lives keeps its lock, and then nothing is touched. One
+    /// that starts meanwhile waits for a single take at most.
     void mend(TakesView& view)
     {
-        const auto lock = RecorderLock::acquireWithin(VantiroPaths::lockFile(), lockLimit);
-        if (!lock) {
-            return;
-        }
         for (Take& take : view.takes) {
+            if (!looksUnfinished(take)) {
+                continue;
+            }
+            const auto lock = RecorderLock::acquireWithin(VantiroPaths::lockFile(), lockLimit);
+            if (!lock) {
+                return;
+            }
             const auto repair = repairTake(take.path);
             if (!repair) {
-                Terminal::fail(u"a take cannot be mended: %1"_s.arg(Terminal::safeName(errorText(repair.error()))));
+                Terminal::fail(u"a take cannot be mended: %1"_s.arg(errorText(repair.error())));
             } else if (repair->outcome == TakeRepair::Outcome::repaired) {
                 take = Takes::describe(take.path).value_or(take);
                 view.mended.push_back(take);

@@ -21,7 +21,7 @@ namespace {
 
     using namespace Qt::StringLiterals;
 
-    struct Words {
+    struct TakesWords {
         Q_DECLARE_TR_FUNCTIONS(TakesText)
     };
 
@@ -42,7 +42,7 @@ namespace {
     {
         // The year one stands for a file that no date is known of.
         if (created.date().year() <= 1) {
-            return {Words::tr("date not known"), QString()};
+            return {TakesWords::tr("date not known"), QString()};
         }
         const QDateTime local = created.toLocalTime();
         const QLocale locale = QLocale::c();
@@ -53,7 +53,7 @@ namespace {
     {
         const auto [day, time] = whenText(take.created);
         return {day, time, Terminal::clockText(take.seconds), rateText(take.sampleRate), channelsText(take.channels),
-            sizeText(take.bytes), take.path == recordingPath ? Words::tr("● recording") : QString()};
+            sizeText(take.bytes), take.path == recordingPath ? TakesWords::tr("● recording") : QString()};
     }
 
     QString lineOf(
@@ -97,7 +97,7 @@ namespace {
             bytes += take.bytes;
         }
         const auto count = static_cast<qint64>(view.takes.size());
-        return Words::tr("%1 takes, %2 in all, %3, in %4", nullptr, static_cast<int>(count))
+        return TakesWords::tr("%1 takes, %2 in all, %3, in %4", nullptr, static_cast<int>(count))
             .arg(groupedNumber(count), Terminal::clockText(seconds), sizeText(bytes), Terminal::safeName(view.folder));
     }
 
@@ -113,25 +113,26 @@ namespace {
 
 QString rateText(double sampleRate)
 {
-    return Words::tr("%1 Hz").arg(groupedNumber(std::llround(sampleRate)));
+    return TakesWords::tr("%1 Hz").arg(groupedNumber(std::llround(sampleRate)));
 }
 
 QString channelsText(std::int64_t channels)
 {
     switch (channels) {
     case 1:
-        return Words::tr("mono");
+        return TakesWords::tr("mono");
     case 2:
-        return Words::tr("stereo");
+        return TakesWords::tr("stereo");
     default:
-        return Words::tr("%1 channels").arg(channels);
+        return TakesWords::tr("%1 channels").arg(channels);
     }
 }
 
 QString sizeText(std::int64_t bytes)
 {
     constexpr double step = 1000;
-    const std::array units{Words::tr("%1 kB"), Words::tr("%1 MB"), Words::tr("%1 GB"), Words::tr("%1 TB")};
+    const std::array units{
+        TakesWords::tr("%1 kB"), TakesWords::tr("%1 MB"), TakesWords::tr("%1 GB"), TakesWords::tr("%1 TB")};
     double amount = static_cast<double>(bytes) / step;
     std::size_t unit = 0;
     // What would be rounded to a thousand belongs to the next unit.
@@ -146,14 +147,14 @@ QStringList takesText(const TakesView& view)
 {
     QStringList lines;
     for (const Take& take : view.mended) {
-        lines << Words::tr("Mended %1, whose recorder was gone before it could close it: it is %2 long and whole.")
+        lines << TakesWords::tr("Mended %1, whose recorder was gone before it could close it: it is %2 long and whole.")
                      .arg(Terminal::safeName(take.fileName()), Terminal::clockText(take.seconds));
     }
     if (!view.mended.empty()) {
         lines << QString();
     }
     if (view.takes.empty()) {
-        lines << Words::tr("No takes in %1 yet. 'vantiro record' makes one.").arg(Terminal::safeName(view.folder));
+        lines << TakesWords::tr("No takes in %1 yet. 'vantiro record' makes one.").arg(Terminal::safeName(view.folder));
         return lines;
     }
     addTable(lines, view);

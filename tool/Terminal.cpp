@@ -46,7 +46,7 @@ void printJson(const QByteArray& text)
 
 int fail(const QString& sentence)
 {
-    std::fputs((QStringLiteral("vantiro: ") + sentence + u'\n').toUtf8().constData(), stderr);
+    std::fputs((QStringLiteral("vantiro: ") + safeName(sentence) + u'\n').toUtf8().constData(), stderr);
     return failed;
 }
 

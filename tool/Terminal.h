@@ -22,7 +22,7 @@ void print(const QStringList& lines);
 void printParagraph(const QString& text, int indent);
 /// JSON text on standard output, with its line end.
 void printJson(const QByteArray& text);
-/// One plain sentence on standard error; returns ExitCode::failed.
+/// One plain sentence on standard error, whatever names it holds; returns ExitCode::failed.
 int fail(const QString& sentence);
 /// What was wrong with the call, on standard error; returns ExitCode::wrongUsage.
 int misuse(const QString& sentence);
@@ -40,7 +40,7 @@ void rewriteLine(const QString& line);
 /// Ends the line that rewriteLine() wrote.
 void endLine();
 
-/// A file's name as a terminal may see it: without characters that would steer it.
+/// A line as a terminal may see it, with whatever names of files: without characters that would steer it.
 [[nodiscard]] QString safeName(QString name);
 /// "1:02:03" from seconds.
 [[nodiscard]] QString clockText(double seconds);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/analysis/BlockLevels.h"
 
+#include "core/analysis/Median.h"
 #include "core/foundation/Decibels.h"
 
 #include <algorithm>
@@ -13,15 +14,6 @@ namespace {
 
     constexpr std::int64_t smoothBefore = 20;  ///< Blocks before the middle one of a moving mean.
     constexpr std::int64_t smoothAfter = 21;   ///< The middle one and those after it.
-    constexpr std::int64_t blocksOfStep = 10;
-
-    /// The upper one of the middle two if the count is even. The values are not empty.
-    double median(std::vector<double> values)
-    {
-        const auto middle = values.begin() + std::ssize(values) / 2;
-        std::ranges::nth_element(values, middle);
-        return *middle;
-    }
 
     /// The values from `from` up to but not including `to`.
     std::vector<double> part(const std::vector<double>& values, std::int64_t from, std::int64_t to)
@@ -107,7 +99,7 @@ std::vector<std::optional<double>> BlockLevels::baseline(double context) const
     for (std::int64_t step = 1; step < std::ssize(m_steps); ++step) {
         const std::int64_t first = std::max<std::int64_t>(step - window, 0);
         if (step - first >= window / 3) {
-            levels[static_cast<std::size_t>(step)] = median(part(m_steps, first, step));
+            levels[static_cast<std::size_t>(step)] = upperMedian(part(m_steps, first, step));
         }
     }
     return levels;
@@ -120,7 +112,7 @@ std::optional<double> BlockLevels::medianPower(std::int64_t from, std::int64_t t
     if (last <= first) {
         return meanPower(from, to);
     }
-    return median(part(m_steps, first, last));
+    return upperMedian(part(m_steps, first, last));
 }
 
 std::vector<float> BlockLevels::rmsPerSecond() const

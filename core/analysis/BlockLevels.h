@@ -13,6 +13,9 @@ namespace vantiro {
 /// The levels of a take in blocks of 10 ms, and what its moments are found from. Immutable; any thread.
 class BlockLevels {
 public:
+    /// A step is 100 ms.
+    static constexpr std::int64_t blocksOfStep = 10;
+
     /// `power` is the mean square of each block, `peak` its largest magnitude; both are as long as each other. A power
     /// that is not finite counts as 0, a peak that is not a number too.
     BlockLevels(std::vector<double> power, std::vector<float> peak, double blockSeconds, double totalSeconds);
@@ -32,7 +35,7 @@ public:
     [[nodiscard]] static float levelDB(double power);
     /// The highest peak between two times in seconds, in dB, at least -120.
     [[nodiscard]] float peakDB(double from, double to) const;
-    /// The level a moment ago, for each step of ten blocks: the median of the steps before it, within `context`
+    /// The level a moment ago, for each step: the median of the steps before it, within `context`
     /// seconds; absent while there are too few.
     [[nodiscard]] std::vector<std::optional<double>> baseline(double context) const;
     /// Median power of the steps that hold the blocks from `from` up to but not including `to`; absent if there are
@@ -55,7 +58,7 @@ private:
     double m_totalSeconds;
     std::vector<double> m_sums;  ///< Prefix sums of the power, one longer.
     std::vector<double> m_smooth;
-    std::vector<double> m_steps;  ///< Mean power of each ten blocks.
+    std::vector<double> m_steps;  ///< Mean power of each step.
 };
 
 }  // namespace vantiro

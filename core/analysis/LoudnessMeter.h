@@ -19,8 +19,8 @@ namespace vantiro {
 /// Frames in a step of 100 ms, at least 1.
 [[nodiscard]] std::int64_t loudnessStepFrames(double sampleRate);
 
-/// Measures loudness from chunks of any size, in order: the plain definition. Every channel weighs the same. The last
-/// fraction of a step does not count.
+/// Loudness by its plain definition, chunk by chunk in order and whatever their size: what a faster measurement has to
+/// agree with. Every channel weighs the same. The last fraction of a step does not count.
 class LoudnessMeter {
 public:
     /// None for a rate below KWeighting::lowestRate or without channels.

@@ -14,7 +14,6 @@ namespace {
     using Moment = TakeAnalysis::Moment;
     using Options = TakeAnalysis::Options;
 
-    constexpr std::int64_t blocksOfStep = 10;
     /// How far around the block where a change shows its edge may lie, in blocks.
     constexpr std::int64_t crossingReach = 80;
     /// A silence of exactly the shortest length counts in spite of rounding, in seconds.
@@ -38,6 +37,7 @@ namespace {
             : m_levels(levels)
             , m_options(options)
             , m_count(std::ssize(levels.power()))
+            , m_recent(levels.baseline(options.context))
         { }
 
         [[nodiscard]] std::vector<Moment> clipMoments(std::span<const Run> clips) const;
@@ -64,6 +64,7 @@ namespace {
         const BlockLevels& m_levels;
         const Options& m_options;
         std::int64_t m_count;
+        std::vector<std::optional<double>> m_recent;  ///< The baseline.
     };
 
     Moment MomentFinder::moment(Moment::Kind kind, double start, double duration) const
@@ -115,11 +116,10 @@ namespace {
         const bool falls = direction == Direction::falling;
         const float ratio = std::pow(10.0F, m_options.dropDB / (falls ? -10.0F : 10.0F));
         const float quiet = std::pow(10.0F, m_options.silenceDB / 10.0F);
-        const auto recent = m_levels.baseline(m_options.context);
         std::vector<Stretch> found;
         std::int64_t block = 0;
         while (block < m_count) {
-            const std::optional<double>& base = recent[static_cast<std::size_t>(block / blocksOfStep)];
+            const std::optional<double>& base = m_recent[static_cast<std::size_t>(block / BlockLevels::blocksOfStep)];
             const double limit = base.value_or(0) * static_cast<double>(ratio);
             const auto isBeyond = [&](std::int64_t place) {
                 return falls ? smooth(place) < limit : smooth(place) > limit;

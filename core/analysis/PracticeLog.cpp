@@ -66,30 +66,44 @@ namespace {
         return whole ? std::optional(*std::move(whole)) : std::nullopt;
     }
 
-    std::optional<PracticeLog> read(const QString& path)
+    std::optional<std::vector<PracticeEntry>> entriesIn(const QByteArray& bytes)
     {
-        const auto bytes = files::read(path);
-        const auto object = bytes ? json::object(*bytes) : std::nullopt;
+        const auto object = json::object(bytes);
         if (!object) {
             return std::nullopt;
         }
-        PracticeLog log;
+        std::vector<PracticeEntry> entries;
         json::Reader reader(*object);
-        CacheFile::readList(reader, "entries"_L1, log.entries, readEntry);
-        auto whole = reader.finish(std::move(log));
+        CacheFile::readList(reader, "entries"_L1, entries, readEntry);
+        auto whole = reader.finish(std::move(entries));
         return whole ? std::optional(*std::move(whole)) : std::nullopt;
     }
 
-    /// Moves a file out of the way without replacing one that was moved before.
-    void setAside(const QString& path)
+    /// A name for a log that is none, which no other one has.
+    QString freeName(const QString& folder)
     {
-        const QFileInfo file(path);
-        const QString stem = file.path() + u'/' + file.completeBaseName() + u".broken"_s;
+        const QString stem = QFileInfo(PracticeLog::fileName).completeBaseName() + u".broken"_s;
         QString name = stem + u".json"_s;
-        for (int number = 2; QFileInfo::exists(name); ++number) {
+        for (int number = 2; QFileInfo::exists(folder + u'/' + name); ++number) {
             name = stem + u"-%1.json"_s.arg(number);
         }
-        QFile::rename(path, name);
+        return name;
+    }
+
+    Error failureOf(const QFile& file)
+    {
+        return CaptureError{file.fileName() + u": "_s + file.errorString()};
+    }
+
+    /// The take of this entry under another name.
+    bool isTakeOf(const PracticeEntry& entry, const Take& take)
+    {
+        // With its old name a take may lose the exact time at which it began: what is left is when its file ended,
+        // which lacks the time that a source took to start.
+        constexpr qint64 apartMilliseconds = 10'000;
+        constexpr double apartSeconds = 0.001;
+        return std::abs(entry.recorded.msecsTo(take.created)) <= apartMilliseconds
+            && std::abs(entry.seconds - take.seconds) <= apartSeconds;
     }
 
     void sort(std::vector<PracticeEntry>& entries)
@@ -136,20 +150,36 @@ QString PracticeLog::url(const QString& folder)
 
 PracticeLog PracticeLog::load(const QString& folder)
 {
-    const QString path = url(folder);
-    auto log = read(path);
-    if (!log) {
-        if (QFileInfo::exists(path)) {
-            setAside(path);
-        }
-        return {};
+    PracticeLog log;
+    QFile file(url(folder));
+    if (!file.exists()) {
+        return log;
     }
-    sort(log->entries);
-    return *std::move(log);
+    const QByteArray bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (file.error() != QFileDevice::NoError) {
+        log.unread = failureOf(file);
+        return log;
+    }
+    if (auto entries = entriesIn(bytes)) {
+        log.entries = *std::move(entries);
+        sort(log.entries);
+        return log;
+    }
+    file.close();
+    const QString name = freeName(folder);
+    if (file.rename(folder + u'/' + name)) {
+        log.setAsideAs = name;
+    } else {
+        log.unread = failureOf(file);
+    }
+    return log;
 }
 
 Result<void> PracticeLog::save(const QString& folder) const
 {
+    if (unread && QFileInfo::exists(url(folder))) {
+        return std::unexpected(*unread);
+    }
     QJsonArray list;
     for (const PracticeEntry& entry : entries) {
         list.append(toJson(entry));
@@ -170,6 +200,31 @@ void PracticeLog::record(PracticeEntry entry)
         *old = std::move(entry);
     }
     sort(entries);
+}
+
+std::size_t PracticeLog::followRenames(std::span<const Take> takes)
+{
+    std::vector<const Take*> unknown;
+    QSet<QString> names;
+    for (const Take& take : takes) {
+        names.insert(take.fileName());
+        if (std::ranges::find(entries, take.fileName(), &PracticeEntry::take) == entries.end()) {
+            unknown.push_back(&take);
+        }
+    }
+    std::size_t count = 0;
+    for (PracticeEntry& entry : entries) {
+        if (names.contains(entry.take)) {
+            continue;
+        }
+        const auto found = std::ranges::find_if(unknown, [&entry](const Take* take) { return isTakeOf(entry, *take); });
+        if (found != unknown.end()) {
+            entry.take = (*found)->fileName();
+            unknown.erase(found);
+            ++count;
+        }
+    }
+    return count;
 }
 
 void PracticeLog::setStar(std::optional<std::int64_t> star, const QString& take)

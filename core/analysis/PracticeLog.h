@@ -13,8 +13,10 @@
 #include <QString>
 #include <QTimeZone>
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace vantiro {
@@ -49,21 +51,28 @@ struct WeekCalendar {
 struct PracticeLog {
     static constexpr QLatin1StringView fileName{".vantiro-practice.json"};
 
-    std::vector<PracticeEntry> entries;  ///< Oldest first.
+    std::vector<PracticeEntry> entries = {};  ///< Oldest first.
+    /// The name in the folder under which load() set a file aside that was no log; empty if there was none.
+    QString setAsideAs = {};
+    /// Why load() could not read the folder's log, or not set it aside.
+    std::optional<Error> unread = std::nullopt;
 
     bool operator==(const PracticeLog&) const = default;
 
     /// The log's file in a folder.
     [[nodiscard]] static QString url(const QString& folder);
-    /// The log of a folder, empty if it has none. A file that cannot be read is set aside under a free name,
+    /// The log of a folder, empty if it has none. A file that is no log is set aside under a free name,
     /// ".vantiro-practice.broken.json" or ".vantiro-practice.broken-2.json" and so on, for the ratings in it are the
-    /// user's.
+    /// user's. One that the system does not let read stays where it is, and the log is empty and `unread`.
     [[nodiscard]] static PracticeLog load(const QString& folder);
-    /// Fails with the system's words.
+    /// Fails with the system's words, and with `unread` as long as that file stands there.
     [[nodiscard]] Result<void> save(const QString& folder) const;
 
     /// Adds the entry, or replaces the one of the same take; its rating stays unless the new one has its own.
     void record(PracticeEntry entry);
+    /// Gives the entries of takes that were renamed their new names; `takes` are all of the folder. An entry whose take
+    /// is gone belongs to one without an entry that began at the same time and is as long. Returns how many there were.
+    std::size_t followRenames(std::span<const Take> takes);
     /// Rates a take that is in the log, from 1 to 5 whatever is given, or takes its rating away.
     void setStar(std::optional<std::int64_t> star, const QString& take);
     /// Forgets all takes but those with these file names.

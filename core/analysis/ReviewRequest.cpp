@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/analysis/ReviewRequest.h"
 
+#include "core/analysis/Median.h"
 #include "core/analysis/ReviewQuestions.h"
 #include "core/foundation/Json.h"
 
@@ -44,9 +45,7 @@ namespace {
         if (levels.empty()) {
             return std::nullopt;
         }
-        const auto middle = levels.begin() + std::ssize(levels) / 2;
-        std::ranges::nth_element(levels, middle);
-        return *middle;
+        return upperMedian(std::move(levels));
     }
 
     Summary summary(const TakeAnalysis& analysis)

@@ -86,6 +86,8 @@ namespace {
         void scanInOrder();
         /// Room for the levels of so many frames.
         void makeRoom(std::int64_t frames);
+        /// Fails the pass if so many frames have more blocks than there may be.
+        [[nodiscard]] bool isTooLong(std::int64_t frames);
         [[nodiscard]] ScannedSegment segmentAt(std::int64_t first, std::int64_t length);
         /// Joins the next segment; whether the take goes on after it.
         [[nodiscard]] bool join(const ScannedSegment& segment);
@@ -109,6 +111,9 @@ namespace {
     void Pass::scanSideBySide(unsigned threads)
     {
         const std::int64_t frames = m_plan.format.frames;
+        if (isTooLong(frames)) {
+            return;
+        }
         makeRoom(frames);
         std::vector<ScannedSegment> segments;
         for (std::int64_t first = 0; first < frames; first += m_plan.segmentFrames) {
@@ -170,6 +175,9 @@ namespace {
         // take is where it gives nothing more.
         for (bool goesOn = true; goesOn;) {
             const std::int64_t first = m_take.frames;
+            if (isTooLong(first)) {
+                return;
+            }
             makeRoom(first + m_plan.segmentFrames);
             ScannedSegment segment = segmentAt(first, m_plan.segmentFrames);
             const auto start = first == 0 ? TakeScanner::Start::atRest : TakeScanner::Start::goesOn;
@@ -188,6 +196,16 @@ namespace {
     {
         m_take.power.resize(blocksOf(frames));
         m_take.peak.resize(blocksOf(frames));
+    }
+
+    bool Pass::isTooLong(std::int64_t frames)
+    {
+        if (frames / m_plan.blockFrames < mostBlocks) {
+            return false;
+        }
+        m_supervision.fail(CaptureError{
+            QStringLiteral("This take seems to be longer than four days. Its sample rate may be damaged.")});
+        return true;
     }
 
     ScannedSegment Pass::segmentAt(std::int64_t first, std::int64_t length)

@@ -26,8 +26,12 @@ struct PassMeans {
     std::int64_t segmentBlocks = ScanPlan::usualSegmentBlocks;  ///< Blocks of 10 ms that are scanned as one piece.
 };
 
-/// Scans a take on several threads if the reader allows, the calling one among them. Fails as the reader does, and with
-/// "cancelled". A sample that is not a number counts as 0, an infinite one as full scale.
+/// Blocks in four days. A pass needs 28 bytes for each, and a header with a damaged rate may tell of years.
+inline constexpr std::int64_t mostBlocks = 4 * 24 * 3600 * std::int64_t{100};
+
+/// Scans a take on several threads if the reader allows, the calling one among them. Fails as the reader does, with
+/// "cancelled", and for more than mostBlocks. A sample that is not a number counts as 0, one beyond
+/// TakeScanner::largestSample as full scale.
 [[nodiscard]] Result<ScannedTake> scanTake(TakeReader& reader, double clipGap, std::int64_t overviewSlices,
     const TakeAnalysis::Progress& progress = {}, const PassMeans& means = {});
 

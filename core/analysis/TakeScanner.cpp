@@ -134,7 +134,7 @@ void TakeScanner::repair(std::size_t index, std::int64_t at, std::int64_t count)
 {
     for (std::int64_t channel = 0; channel < m_plan.format.channels; ++channel) {
         for (float& sample : std::span(plane(index, channel) + at, static_cast<std::size_t>(count))) {
-            if (std::isinf(sample)) {
+            if (std::abs(sample) > largestSample) {
                 sample = std::copysign(1.0F, sample);
             } else if (std::isnan(sample)) {
                 sample = 0;
@@ -147,7 +147,7 @@ void TakeScanner::note(
     std::size_t index, ScannedSegment& segment, std::int64_t time, std::int64_t at, std::int64_t count)
 {
     PlaneLevels levels = measure(index, at, count);
-    if (!std::isfinite(levels.squares)) {
+    if (!std::isfinite(levels.squares) || levels.peak > largestSample) {
         // One such sample would stay in the filters, and in every mean.
         repair(index, at, count);
         levels = measure(index, at, count);

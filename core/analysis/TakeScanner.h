@@ -71,6 +71,9 @@ public:
     /// Segments that are scanned side by side at most, which the filters of a wide processor do at the price of one.
     static constexpr std::size_t mostSegments = 2;
 
+    /// A magnitude that no audio reaches. In a mean or a sum, beside a larger one nothing else would count.
+    static constexpr float largestSample = 0x1p20F;
+
     enum class Start {
         atRest,  ///< The filters are warmed up on the frames before.
         goesOn,  ///< The only segment follows the one before.

@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/capture/TakeRepair.h"
 
+#include "core/capture/TakeChunks.h"
 #include "core/capture/TakeHeader.h"
 #include "core/foundation/FileDescriptor.h"
 
 #include <QDir>
 #include <QFile>
-#include <QtEndian>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -21,24 +20,6 @@
 namespace vantiro {
 
 namespace {
-
-    /// Fills `bytes` from the offset; false at the file's end and on errors, which then stand in errno.
-    bool readAt(int descriptor, std::int64_t offset, std::span<std::byte> bytes)
-    {
-        errno = 0;
-        while (!bytes.empty()) {
-            const ssize_t count = ::pread(descriptor, bytes.data(), bytes.size(), offset);
-            if (count < 0 && errno == EINTR) {
-                continue;
-            }
-            if (count <= 0) {
-                return false;
-            }
-            bytes = bytes.subspan(static_cast<std::size_t>(count));
-            offset += count;
-        }
-        return true;
-    }
 
     bool writeAt(int descriptor, TakeHeader::Piece piece)
     {
@@ -53,32 +34,6 @@ namespace {
             }
         }
         return true;
-    }
-
-    /// What lies between the offset and the file's end is one well-formed chunk after the other, as a tagging program
-    /// leaves them behind the audio. Samples that pass for it by chance do not exist in practice.
-    bool isChunks(int descriptor, TakeFormat format, std::int64_t offset, std::int64_t end)
-    {
-        const bool isCaf = format == TakeFormat::caf;
-        const std::int64_t headBytes = isCaf ? 12 : 8;
-        while (end - offset >= headBytes) {
-            std::array<std::byte, 12> head{};
-            if (!readAt(descriptor, offset, std::span(head).first(static_cast<std::size_t>(headBytes)))) {
-                return false;
-            }
-            const bool isNamed = std::all_of(head.begin(), head.begin() + 4,
-                [](std::byte letter) { return letter >= std::byte{0x20} && letter < std::byte{0x7F}; });
-            const std::int64_t size = isCaf ? qFromBigEndian<std::int64_t>(head.data() + 4)
-                                            : std::int64_t{qFromLittleEndian<std::uint32_t>(head.data() + 4)};
-            if (!isNamed || size < 0 || size > end - offset - headBytes) {
-                return false;
-            }
-            offset += headBytes + size;
-            if (!isCaf && size % 2 != 0 && offset < end) {
-                ++offset;
-            }
-        }
-        return offset == end;
     }
 
     /// A recorder that died left room reserved behind the file's end, as much as a minute of audio.
@@ -134,8 +89,12 @@ Result<TakeRepair> repairTake(const QString& path)
         return failure(path, errno);
     }
     std::array<std::byte, TakeHeader::size> start{};
-    if (!S_ISREG(status.st_mode) || !readAt(file.get(), 0, start)) {
-        return S_ISREG(status.st_mode) && errno != 0 ? failure(path, errno) : Result<TakeRepair>(TakeRepair{});
+    if (!S_ISREG(status.st_mode)) {
+        return TakeRepair{};
+    }
+    const auto got = readAt(file.get(), 0, start);
+    if (got != start.size()) {
+        return got ? Result<TakeRepair>(TakeRepair{}) : failure(path, got.error());
     }
     const std::optional<TakeHeader> found = TakeHeader::parse(start);
     if (!found) {
@@ -163,7 +122,7 @@ Result<TakeRepair> repairTake(const QString& path)
     const std::int64_t told = found->frames();
     const std::int64_t toldEnd =
         std::int64_t{TakeHeader::size} + told * frameBytes + (found->needsPadding(told) ? 1 : 0);
-    if (toldEnd < status.st_size && isChunks(file.get(), found->shape().format, toldEnd, status.st_size)) {
+    if (toldEnd < status.st_size && areChunks(file.get(), found->shape().format, toldEnd, status.st_size)) {
         return TakeRepair{Outcome::notATake, told, told};
     }
     if (auto written = writeSize(path, mended, status); !written) {

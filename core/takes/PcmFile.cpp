@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/takes/PcmFile.h"
 
+#include "core/capture/TakeChunks.h"
+
 #include <QFile>
 #include <QtEndian>
 
@@ -42,6 +44,11 @@ namespace {
             return Bytes(m_bytes).subspan(static_cast<std::size_t>(offset - m_start), count);
         }
 
+        /// From here to its end the file holds well-formed chunks only, and no audio.
+        [[nodiscard]] bool hasChunks(TakeFormat container, std::int64_t offset) const
+        {
+            return areChunks(m_descriptor, container, offset, m_fileBytes);
+        }
         [[nodiscard]] std::int64_t fileBytes() const { return m_fileBytes; }
         /// errno of the reading that failed last, else 0.
         [[nodiscard]] int error() const { return m_error; }
@@ -67,11 +74,6 @@ namespace {
         return qFromBigEndian<Number>(bytes.subspan(at, sizeof(Number)).data());
     }
 
-    enum class Container {
-        caf,
-        wav,
-    };
-
     enum class Numbers {
         integers,
         floats,
@@ -95,59 +97,33 @@ namespace {
     /// More of them stand in front of no audio, and a file of zeros ends here.
     constexpr int maxChunks = 4096;
 
-    std::optional<Chunk> chunkAt(Window& window, Container container, std::int64_t offset)
+    std::optional<Chunk> chunkAt(Window& window, TakeFormat container, std::int64_t offset)
     {
-        const std::size_t headBytes = container == Container::caf ? 12 : 8;
+        const std::size_t headBytes = container == TakeFormat::caf ? 12 : 8;
         const Bytes head = window.at(offset, headBytes);
         if (head.empty()) {
             return std::nullopt;
         }
         return Chunk{bigAt<std::uint32_t>(head, 0),
-            container == Container::caf ? bigAt<std::int64_t>(head, 4) : std::int64_t{littleAt<std::uint32_t>(head, 4)},
+            container == TakeFormat::caf ? bigAt<std::int64_t>(head, 4)
+                                         : std::int64_t{littleAt<std::uint32_t>(head, 4)},
             offset + static_cast<std::int64_t>(headBytes)};
     }
 
     /// Where the chunk behind this one would begin; nothing if this one does not end inside the file.
-    std::optional<std::int64_t> endOf(const Chunk& chunk, Container container, std::int64_t fileBytes)
+    std::optional<std::int64_t> endOf(const Chunk& chunk, TakeFormat container, std::int64_t fileBytes)
     {
         if (chunk.size < 0 || chunk.size > fileBytes - chunk.body) {
             return std::nullopt;
         }
-        return chunk.body + chunk.size + (container == Container::wav ? chunk.size % 2 : 0);
-    }
-
-    /// From here to its end the file holds well-formed chunks only, and no audio.
-    bool areChunks(Window& window, Container container, std::int64_t offset)
-    {
-        for (int count = 0; count < maxChunks; ++count) {
-            if (offset >= window.fileBytes()) {
-                return true;
-            }
-            const std::optional<Chunk> chunk = chunkAt(window, container, offset);
-            if (!chunk) {
-                return false;
-            }
-            for (unsigned shift = 0; shift < 32; shift += 8) {
-                const std::uint32_t letter = chunk->name >> shift & 0xFFU;
-                if (letter < 0x20 || letter >= 0x7F) {
-                    return false;
-                }
-            }
-            const std::optional<std::int64_t> end = endOf(*chunk, container, window.fileBytes());
-            if (!end) {
-                return false;
-            }
-            offset = *end;
-        }
-        return false;
+        return chunk.body + chunk.size + (container == TakeFormat::wav ? chunk.size % 2 : 0);
     }
 
     std::optional<PcmLayout> layoutOf(double sampleRate, std::uint32_t channels, std::uint32_t bits,
         std::uint32_t frameBytes, Numbers numbers, std::endian order)
     {
         using Sample = PcmLayout::Sample;
-        if (!(sampleRate >= 1 && sampleRate <= PcmLayout::maxSampleRate) || channels < 1
-            || channels > static_cast<std::uint32_t>(PcmLayout::maxChannels)) {
+        if (!PcmLayout::isPossible(sampleRate, channels)) {
             return std::nullopt;
         }
         constexpr std::array integers{Sample::int16, Sample::int24, Sample::int32};
@@ -210,14 +186,14 @@ namespace {
             formatTag == floatTag ? Numbers::floats : Numbers::integers, std::endian::little);
     }
 
-    std::optional<Container> containerOf(Bytes start)
+    std::optional<TakeFormat> containerOf(Bytes start)
     {
         const auto name = bigAt<std::uint32_t>(start, 0);
         if (name == tag("caff")) {
-            return Container::caf;
+            return TakeFormat::caf;
         }
         const bool isRiff = name == tag("RIFF") || name == tag("RF64") || name == tag("BW64");
-        return isRiff && bigAt<std::uint32_t>(start, 8) == tag("WAVE") ? std::optional(Container::wav) : std::nullopt;
+        return isRiff && bigAt<std::uint32_t>(start, 8) == tag("WAVE") ? std::optional(TakeFormat::wav) : std::nullopt;
     }
 
     /// Collects what the chunks in front of the audio say.
@@ -228,12 +204,12 @@ namespace {
         std::optional<PcmLayout> parse()
         {
             const Bytes start = m_window.at(0, 12);
-            const std::optional<Container> container = start.empty() ? std::nullopt : containerOf(start);
+            const std::optional<TakeFormat> container = start.empty() ? std::nullopt : containerOf(start);
             if (!container) {
                 return std::nullopt;
             }
             m_container = *container;
-            std::int64_t offset = m_container == Container::caf ? 8 : 12;
+            std::int64_t offset = m_container == TakeFormat::caf ? 8 : 12;
             for (int count = 0; count < maxChunks; ++count) {
                 const std::optional<Chunk> chunk = chunkAt(m_window, m_container, offset);
                 if (!chunk) {
@@ -257,14 +233,14 @@ namespace {
         /// False if the audio is of a kind that is not read here.
         bool take(const Chunk& chunk)
         {
-            if (m_container == Container::caf && chunk.name == tag("desc")) {
+            if (m_container == TakeFormat::caf && chunk.name == tag("desc")) {
                 constexpr std::size_t descriptionBytes = 32;
                 const Bytes description =
                     chunk.size >= std::int64_t{descriptionBytes} ? m_window.at(chunk.body, descriptionBytes) : Bytes();
                 m_layout = description.empty() ? std::nullopt : cafLayout(description);
                 return m_layout.has_value();
             }
-            if (m_container == Container::wav && chunk.name == tag("fmt ")) {
+            if (m_container == TakeFormat::wav && chunk.name == tag("fmt ")) {
                 const std::size_t bytes =
                     chunk.size >= std::int64_t{wavExtensibleBytes} ? wavExtensibleBytes : wavFormatBytes;
                 const Bytes format =
@@ -272,7 +248,7 @@ namespace {
                 m_layout = format.empty() ? std::nullopt : wavLayout(format);
                 return m_layout.has_value();
             }
-            if (m_container == Container::wav && chunk.name == tag("ds64") && chunk.size >= 16) {
+            if (m_container == TakeFormat::wav && chunk.name == tag("ds64") && chunk.size >= 16) {
                 if (const Bytes sizes = m_window.at(chunk.body, 16); !sizes.empty()) {
                     constexpr std::uint64_t largest = std::numeric_limits<std::int64_t>::max();
                     m_longSize = static_cast<std::int64_t>(std::min(littleAt<std::uint64_t>(sizes, 8), largest));
@@ -287,7 +263,7 @@ namespace {
             constexpr std::int64_t cafEditCountBytes = 4;
             PcmLayout layout = *m_layout;
             std::optional<std::int64_t> told;
-            if (m_container == Container::caf) {
+            if (m_container == TakeFormat::caf) {
                 layout.offset = data.body + cafEditCountBytes;
                 if (data.size >= 0) {
                     told = std::max(data.size - cafEditCountBytes, std::int64_t{0});
@@ -297,19 +273,26 @@ namespace {
                 told = data.size == openWavSize ? m_longSize : data.size;
             }
             const std::int64_t held = std::max(m_window.fileBytes() - layout.offset, std::int64_t{0});
-            // A recorder that was killed may leave a size of 0; a take of no frames may have tags behind it.
-            const bool isOpen = !told || (*told == 0 && !areChunks(m_window, m_container, layout.offset));
+            // A recorder that was killed leaves the size of a while ago, or 0; a finished take may have tags behind it.
+            const std::int64_t padding = m_container == TakeFormat::wav ? told.value_or(0) % 2 : 0;
+            const bool isOpen =
+                !told || (*told < held && !m_window.hasChunks(m_container, layout.offset + *told + padding));
             layout.frames = (isOpen ? held : std::min(*told, held)) / layout.frameBytes();
             return layout;
         }
 
         Window& m_window;
-        Container m_container = Container::caf;
+        TakeFormat m_container = TakeFormat::caf;
         std::optional<PcmLayout> m_layout;
         std::optional<std::int64_t> m_longSize;
     };
 
 }  // namespace
+
+bool PcmLayout::isPossible(double sampleRate, std::int64_t channels)
+{
+    return sampleRate >= minSampleRate && sampleRate <= maxSampleRate && channels >= 1 && channels <= maxChannels;
+}
 
 std::int64_t PcmLayout::sampleBytes(Sample sample)
 {
@@ -343,23 +326,6 @@ Result<PcmFile> PcmFile::open(const QString& path)
         }
     }
     return file;
-}
-
-std::expected<std::size_t, int> readAt(int descriptor, std::int64_t offset, std::span<std::byte> bytes)
-{
-    std::size_t total = 0;
-    while (total < bytes.size()) {
-        const ssize_t count =
-            ::pread(descriptor, bytes.data() + total, bytes.size() - total, offset + static_cast<std::int64_t>(total));
-        if (count < 0 && errno != EINTR) {
-            return std::unexpected(errno);
-        }
-        if (count == 0) {
-            break;
-        }
-        total += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-    return total;
 }
 
 }  // namespace vantiro

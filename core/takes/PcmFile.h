@@ -7,11 +7,8 @@
 #include <QString>
 
 #include <bit>
-#include <cstddef>
 #include <cstdint>
-#include <expected>
 #include <optional>
-#include <span>
 
 #include <sys/stat.h>
 
@@ -27,18 +24,21 @@ struct PcmLayout {
         float64,
     };
 
+    static constexpr double minSampleRate = 1;          ///< Hz
     static constexpr double maxSampleRate = 1'000'000;  ///< Hz
     static constexpr int maxChannels = 256;
 
     Sample sample = Sample::int16;
     std::endian order = std::endian::little;
-    double sampleRate = 0;    ///< Hz, 1 to maxSampleRate.
+    double sampleRate = 0;    ///< Hz, minSampleRate to maxSampleRate.
     int channels = 0;         ///< 1 to maxChannels.
     std::int64_t offset = 0;  ///< Of the first frame, in bytes.
     std::int64_t frames = 0;  ///< Whole frames that are in the file.
 
     bool operator==(const PcmLayout&) const = default;
 
+    /// Audio of any kind keeps to these limits: what is beyond them comes from a damaged file.
+    [[nodiscard]] static bool isPossible(double sampleRate, std::int64_t channels);
     [[nodiscard]] static std::int64_t sampleBytes(Sample sample);
     /// Bytes of one frame.
     [[nodiscard]] std::int64_t frameBytes() const { return sampleBytes(sample) * channels; }
@@ -52,12 +52,10 @@ struct PcmFile {
     std::optional<PcmLayout> layout;  ///< Nothing if the file is no CAF or WAV of a kind that PcmLayout can say.
 
     /// Opens a file and looks for its audio. Reads the first 4 KiB in one call, and further on only as far as chunks
-    /// stand in front of the audio. Sizes that a recorder left open, or that are larger than the file, give way to what
-    /// the file holds. Fails with the SystemError of the call that failed. Any thread.
+    /// stand in front of the audio. A size that a recorder left open, one larger than the file, and a smaller one
+    /// behind which more audio follows give way to what the file holds. Fails with the SystemError of the call that
+    /// failed. Any thread.
     [[nodiscard]] static Result<PcmFile> open(const QString& path);
 };
-
-/// Fills `bytes` from an offset and returns how many there were, fewer only at the file's end, or errno. Any thread.
-[[nodiscard]] std::expected<std::size_t, int> readAt(int descriptor, std::int64_t offset, std::span<std::byte> bytes);
 
 }  // namespace vantiro

@@ -22,8 +22,8 @@ enum class Kernel {
 /// This processor can run the kernel. Any thread.
 [[nodiscard]] bool isAvailable(Kernel kernel);
 
-/// Puts `frames` frames that begin at bytes[0] into the planes, one a channel, from index `at` on. `bytes` holds these
-/// frames and nothing else. Any thread.
+/// Puts the frames in `bytes`, which holds whole ones and nothing else, into the planes, one a channel, from index `at`
+/// on. Any thread.
 void fill(const PcmLayout& layout, std::span<const std::byte> bytes, std::span<float* const> planes, std::int64_t at,
     Kernel kernel);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/takes/PcmTakeReader.h"
 
+#include "core/capture/TakeChunks.h"
 #include "core/takes/PcmPlanes.h"
 
 #include <algorithm>

@@ -23,6 +23,10 @@ Result<std::unique_ptr<TakeReader>> TakeReader::open(const QString& path)
     if (!file) {
         return std::unexpected(std::move(file.error()));
     }
+    if (!S_ISREG(file->status.st_mode)) {
+        // A pipe would be waited for without end.
+        return captureFailure(QStringLiteral("%1 is no file with audio.").arg(QFileInfo(path).fileName()));
+    }
     if (file->layout) {
         return std::make_unique<PcmTakeReader>(std::move(file->descriptor), *file->layout, path);
     }

@@ -28,7 +28,8 @@ public:
     using DecoderOpener = Result<std::unique_ptr<TakeReader>> (*)(const QString& path);
 
     /// Opens linear PCM in CAF and WAV by itself (16, 24, 32-bit integers, 32 and 64-bit floats), everything else by
-    /// the platform's decoders. The failure tells what is wrong with the file. Any thread.
+    /// the platform's decoders. What is no regular file is refused. The failure tells what is wrong with the file. Any
+    /// thread.
     [[nodiscard]] static Result<std::unique_ptr<TakeReader>> open(const QString& path);
 
     /// The platform's decoders from now on; null for none. Any thread.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/FfmpegTakeReader.h"
 
+#include "core/takes/PcmFile.h"
 #include "platform/media/FfmpegDecoder.h"
 #include "platform/media/FfmpegSamples.h"
 
@@ -175,8 +176,10 @@ namespace {
 
     double secondsIn(const FfmpegDecoder& decoder, const QString& path)
     {
+        // What a damaged file tells still fits a count of frames.
+        constexpr double farthest = 1e9;
         if (const auto stated = decoder.statedSeconds()) {
-            return *stated;
+            return std::min(*stated, farthest);
         }
         auto counting = FfmpegDecoder::open(path);
         return counting ? counting->skipToEnd() : 0;
@@ -192,7 +195,7 @@ Result<std::unique_ptr<TakeReader>> open(const QString& path)
     }
     const auto piece = decoder->next();
     // What a header tells of rate and channels is not always what comes out.
-    if (!piece || *piece == nullptr || (*piece)->sample_rate < 1 || (*piece)->ch_layout.nb_channels < 1) {
+    if (!piece || *piece == nullptr || !PcmLayout::isPossible((*piece)->sample_rate, (*piece)->ch_layout.nb_channels)) {
         return std::unexpected(errorOf(path, piece ? AVERROR_INVALIDDATA : piece.error()));
     }
     const int rate = (*piece)->sample_rate;

@@ -12,27 +12,54 @@ namespace vantiro {
 
 namespace {
 
-    OpenDecoder loadModule()
+    using namespace Qt::StringLiterals;
+    struct MediaModule {
+        OpenDecoder openDecoder = nullptr;
+        EncodePng encodePng = nullptr;
+    };
+
+    /// The window's program is installed as bin/NAME, the tool as libexec/vantiro/NAME.
+    MediaModule loadModule()
     {
-        QLibrary module(QCoreApplication::applicationDirPath() + QStringLiteral("/" VANTIRO_MEDIA_MODULE));
-        const auto open = reinterpret_cast<OpenDecoder>(module.resolve(openDecoderName));
-        if (open == nullptr) {
-            logLine(QStringLiteral("no decoders: ") + module.errorString());
+        QStringList failures;
+        for (const QString& way : {u"/../"_s, u"/../../"_s}) {
+            QLibrary library(QCoreApplication::applicationDirPath() + way + QStringLiteral(VANTIRO_MEDIA_MODULE));
+            if (library.load()) {
+                return {reinterpret_cast<OpenDecoder>(library.resolve(openDecoderName)),
+                    reinterpret_cast<EncodePng>(library.resolve(encodePngName))};
+            }
+            failures << library.errorString();
         }
-        return open;
+        logLine(u"no decoders: "_s + failures.join(u"; "_s));
+        return {};
+    }
+
+    const MediaModule& module()
+    {
+        static const MediaModule loaded = loadModule();
+        return loaded;
     }
 
 }  // namespace
 
 Result<std::unique_ptr<TakeReader>> MediaLoader::open(const QString& path)
 {
-    static const OpenDecoder openDecoder = loadModule();
-    if (openDecoder == nullptr) {
+    if (module().openDecoder == nullptr) {
         return captureFailure(
-            QStringLiteral("%1 cannot be read, since Vantiro's decoders are missing.").arg(QFileInfo(path).fileName()));
+            u"%1 cannot be read, since Vantiro's decoders are missing."_s.arg(QFileInfo(path).fileName()));
     }
     Result<std::unique_ptr<TakeReader>> result;
-    openDecoder(path, result);
+    module().openDecoder(path, result);
+    return result;
+}
+
+Result<QByteArray> MediaLoader::encodePng(int width, int height, std::span<const std::uint8_t> pixels)
+{
+    if (module().encodePng == nullptr) {
+        return captureFailure(u"No picture can be made, since Vantiro's decoders are missing."_s);
+    }
+    Result<QByteArray> result;
+    module().encodePng(width, height, pixels, result);
     return result;
 }
 

@@ -3,16 +3,24 @@
 
 #include "core/takes/TakeReader.h"
 
+#include <QByteArray>
 #include <QString>
 
+#include <cstdint>
 #include <memory>
+#include <span>
 
 namespace vantiro {
 
-/// What the module of decoders has to offer, built together with the program that loads it. Any thread.
-using OpenDecoder = void (*)(const QString& path, Result<std::unique_ptr<TakeReader>>& result);
+// What the module has to offer, built together with the program that loads it. Any thread.
 
-/// The name of that function.
+/// FfmpegTakeReader::open
+using OpenDecoder = void (*)(const QString& path, Result<std::unique_ptr<TakeReader>>& result);
+/// PngImage::encode
+using EncodePng = void (*)(int width, int height, std::span<const std::uint8_t> pixels, Result<QByteArray>& result);
+
+// The names of these functions.
 inline constexpr const char* openDecoderName = "vantiroOpenDecoder";
+inline constexpr const char* encodePngName = "vantiroEncodePng";
 
 }  // namespace vantiro

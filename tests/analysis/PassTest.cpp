@@ -65,7 +65,7 @@ namespace {
             bool hasClipped = false;
             for (std::vector<float>& plane : planes) {
                 float& sample = plane[static_cast<std::size_t>(frame)];
-                sample = std::isnan(sample) ? 0 : std::isinf(sample) ? std::copysign(1.0F, sample) : sample;
+                sample = std::isnan(sample) ? 0 : std::abs(sample) > 0x1p20F ? std::copysign(1.0F, sample) : sample;
                 const float magnitude = std::abs(sample);
                 take.power.back() += double{sample} * double{sample} / static_cast<double>(length * channels);
                 take.peak.back() = std::max(take.peak.back(), magnitude);
@@ -156,6 +156,7 @@ TEST(PassTest, FindsTheSameAsThePlainDefinitionWithEveryKernelAndOnAnyThreads)
             planes[frame % channels][frame] = frame % 2 == 0 ? 1.3F : -0.999F;
             planes.back()[frame / 2] = std::numeric_limits<float>::quiet_NaN();
             planes.back()[frame / 3] = -std::numeric_limits<float>::infinity();
+            planes.back()[frame / 4] = frame % 2 == 0 ? 1e25F : 0x1p20F;
         }
         expectPlainResult(sampleRate, planes, static_cast<std::int64_t>(frames));
     }
@@ -203,6 +204,14 @@ TEST(PassTest, EndsWhereTheAudioEnds)
     const auto found = scanTake(longer, clipGap, slices, {}, {.segmentBlocks = segmentBlocks});
     ASSERT_TRUE(found);
     expectEqual(*found, plainScan(48'000, planes, 30'000));
+}
+
+TEST(PassTest, RefusesATakeOfYears)
+{
+    // What a damaged rate makes of an ordinary one, or a damaged length.
+    MemoryTake take(48'000, noise(2, 100));
+    take.setStatedFrames(std::int64_t{1} << 40);
+    EXPECT_FALSE(scanTake(take, clipGap, slices));
 }
 
 TEST(PassTest, StaysExactThroughSilenceAfterSound)

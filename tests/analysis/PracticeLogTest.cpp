@@ -4,6 +4,7 @@
 #include "tests/support/Sandbox.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 namespace vantiro {
 
@@ -101,10 +102,53 @@ TEST_F(PracticeLogTest, SetsABrokenFileAsideAndNeverLosesOne)
     for (std::size_t i = 0; i < std::size(broken); ++i) {
         test::Sandbox::writeFile(m_sandbox.path(PracticeLog::fileName), broken[i]);
         const PracticeLog log = PracticeLog::load(m_sandbox.folder());
-        EXPECT_EQ(log, PracticeLog());
+        EXPECT_EQ(log, (PracticeLog{.setAsideAs = names[i]}));
         EXPECT_TRUE(log.save(m_sandbox.folder()));
         EXPECT_EQ(test::Sandbox::readFile(m_sandbox.path(names[i])), broken[i]);
     }
+}
+
+TEST_F(PracticeLogTest, NeitherMovesNorReplacesAFileThatCouldNotBeRead)
+{
+    // A folder cannot be read as a file, not even by root.
+    const QString path = m_sandbox.path(PracticeLog::fileName);
+    ASSERT_TRUE(QDir().mkpath(path));
+    const PracticeLog log = PracticeLog::load(m_sandbox.folder());
+    ASSERT_TRUE(log.unread);
+    EXPECT_TRUE(QFileInfo(path).isDir());
+    const auto saved = log.save(m_sandbox.folder());
+    ASSERT_FALSE(saved);
+    EXPECT_EQ(saved.error(), *log.unread);
+    ASSERT_TRUE(QDir().rmdir(path));
+    EXPECT_TRUE(log.save(m_sandbox.folder()));
+}
+
+TEST_F(PracticeLogTest, FollowsATakeToItsNewNameWithItsRating)
+{
+    const auto take = [](const QString& name, const PracticeEntry& like, int later = 0) {
+        return Take{.path = u"/takes/"_s + name,
+            .created = like.recorded.addSecs(later),
+            .bytes = 0,
+            .seconds = like.seconds,
+            .sampleRate = 48'000,
+            .channels = 2};
+    };
+    PracticeLog log;
+    log.record(entry(u"kept.caf"_s, "2026-09-19T12:00:00Z"));
+    log.record(entry(u"mix-2026-09-20_14-00-00.caf"_s, "2026-09-20T12:00:00Z"));
+    log.record(entry(u"deleted.caf"_s, "2026-09-21T12:00:00Z"));
+    log.setStar(5, u"mix-2026-09-20_14-00-00.caf"_s);
+    const std::vector<PracticeEntry> before = log.entries;
+    PracticeEntry longer = before[2];
+    longer.seconds += 1;
+    const Take files[]{take(u"copy of kept.caf"_s, before[0]), take(u"kept.caf"_s, before[0]),
+        take(u"longer.caf"_s, longer), take(u"an hour later.caf"_s, before[2], 3600),
+        take(u"Opening.caf"_s, before[1], 2)};
+    EXPECT_EQ(log.followRenames(files), 1U);
+    EXPECT_EQ(takes(log), QStringList({u"kept.caf"_s, u"Opening.caf"_s, u"deleted.caf"_s}));
+    EXPECT_EQ(log.entries[1].star, 5);
+    EXPECT_EQ(log.entries[1].recorded, before[1].recorded);
+    EXPECT_EQ(log.followRenames(files), 0U);
 }
 
 TEST_F(PracticeLogTest, AWeekBeginsWhereTheCalendarSays)

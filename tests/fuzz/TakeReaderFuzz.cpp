@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/analysis/TakePass.h"
 #include "core/foundation/FileDescriptor.h"
 #include "core/takes/TakeReader.h"
 #include "core/takes/Takes.h"
@@ -43,6 +44,10 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
         planes.push_back(samples.data() + channel * static_cast<std::size_t>(format.frames));
     }
     if ((*reader)->read(0, planes, format.frames + 1) != format.frames) {
+        std::abort();
+    }
+    const auto scanned = scanTake(**reader, TakeAnalysis::Options().clipGap, TakeOverview::usualSlices);
+    if (!scanned || scanned->frames != format.frames) {
         std::abort();
     }
     return 0;

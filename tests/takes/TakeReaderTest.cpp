@@ -184,7 +184,8 @@ TEST_F(TakeReading, TakesWhatAFileHoldsForSizesThatWereLeftOpen)
         {"caf, larger than the file", caf(std::int64_t{1} << 62), 20},
         {"caf, the largest number", caf(INT64_MAX), 20},
         {"caf, the end of a frame is missing", caf(-1).chopped(1), 19},
-        {"caf, less than the file", caf(4 + 5 * 6), 5},
+        {"caf, a size of a while ago", caf(4 + 5 * 6), 20},
+        {"caf, a chunk behind", caf(4 + 20 * 6) + cafInfo, 20},
         {"caf, no frames and a chunk behind", cafStart(layout) + cafChunk("data", QByteArray(4, '\0')) + cafInfo, 0},
         {"caf, chunks in front", caf(-1, cafInfo + cafChunk("free", QByteArray(5001, 'x'))), 20},
         {"caf, a description over the edge of the first read",
@@ -195,13 +196,15 @@ TEST_F(TakeReading, TakesWhatAFileHoldsForSizesThatWereLeftOpen)
         {"wav, unknown", wav(openSize), 20},
         {"wav, larger than the file", wav(0x7FFF'F000), 20},
         {"wav, the end of a frame is missing", wav(openSize).chopped(5), 19},
-        {"wav, less than the file", wav(6 * 7), 7},
+        {"wav, a size of a while ago", wav(6 * 7), 20},
+        {"wav, an odd size, its padding and chunks behind",
+            wav(19 * 6 + 5).chopped(1) + QByteArray(1, '\0') + wavChunk("id3 ", "odd") + list, 19},
         {"wav, no frames and a chunk behind", wav(0).chopped(samples.bytes.size()) + list, 0},
         {"wav, odd chunks in front", wav(120, wavChunk("junk", QByteArray(4999, 'x')) + list), 20},
         {"rf64", wav(openSize, longSize(120), "RF64") + list, 20},
         {"bw64, a size left open", wav(openSize, longSize(0), "BW64"), 20},
         {"bw64, a size of the largest number", wav(openSize, longSize(UINT64_MAX), "BW64"), 20},
-        {"rf64, a small size where it always stood", wav(60, longSize(120), "RF64"), 10},
+        {"rf64, a size of a while ago where it always stood", wav(60, longSize(120), "RF64"), 20},
     };
     for (const Case& each : cases) {
         SCOPED_TRACE(each.what);

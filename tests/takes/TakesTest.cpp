@@ -7,6 +7,7 @@
 #include "tests/support/Sandbox.h"
 #include "tests/takes/PcmBytes.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -88,6 +89,20 @@ TEST_F(TakesFolderTest, HoldsAudioOfTheTwoKindsInItselfNewestFirst)
     EXPECT_EQ(names(m_sandbox.path(QStringLiteral("takes/none.caf"))), all);
 }
 
+TEST_F(TakesFolderTest, ListsALargeFolderWholeAndInOrder)
+{
+    const QByteArray bytes = cafFile(ordinary, PcmSamples::random(ordinary, 1).bytes);
+    QStringList newestFirst;
+    for (int age = 0; age < 120; ++age) {
+        // Neighbours by name are far apart in time.
+        newestFirst << QStringLiteral("%1.caf").arg(age * 37 % 120, 3, 10, QLatin1Char('0'));
+        const QString path = folder() + u'/' + newestFirst.back();
+        Sandbox::writeFile(path, bytes);
+        setModified(path, utc(2026, 1, 1, 0, 0, 0).addDays(-age));
+    }
+    EXPECT_EQ(names(), newestFirst);
+}
+
 TEST_F(TakesFolderTest, KnowsTakesByTheirHeaders)
 {
     const QString path = take(QStringLiteral("a set.of mine.caf"));
@@ -151,6 +166,13 @@ TEST_F(TakesFolderTest, GetsSamplesThatAreTheSameEachTime)
     EXPECT_EQ(takes[0].sampleRate, SampleTakes::rate);
     EXPECT_EQ(takes[1].seconds, 0);
     EXPECT_EQ(takes[2].seconds, 1);
+
+    // What a separate, straightforward program made of the same plan, which has a breakdown, a blend and two bursts.
+    const SampleTakes::Plan pinned{{QDate(2026, 1, 4), QTime(0, 0)}, 300, 2, 4};
+    const auto made = SampleTakes::write(std::span(&pinned, 1), m_sandbox.folder(), zone);
+    ASSERT_TRUE(made);
+    EXPECT_EQ(QCryptographicHash::hash(Sandbox::readFile(made->front()), QCryptographicHash::Sha256).toHex(),
+        "665a2f4d7a6e3a023438e33108eebeb33d9d2cde183526d5f00c77e94a0fd01e");
 
     // Slices of the usual overview with a clipped sample: one a burst, in its middle.
     const auto reader = TakeReader::open(paths->front());

@@ -5,12 +5,17 @@
 #include "core/recorder/VantiroPaths.h"
 #include "tests/support/Sandbox.h"
 
+#include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace vantiro::test {
 
@@ -27,26 +32,42 @@ namespace {
             QString errors;
         };
 
-        [[nodiscard]] static Outcome run(const QStringList& words)
+        enum class Disk {
+            free,
+            full,
+        };
+
+        [[nodiscard]] static Outcome run(
+            const QStringList& words, Disk disk = Disk::free, const QString& tool = QStringLiteral(VANTIRO_TOOL))
         {
             QProcess process;
             process.setStandardInputFile(QProcess::nullDevice());
-            process.start(QStringLiteral(VANTIRO_TOOL), words);
+            if (disk == Disk::full) {
+                process.setChildProcessModifier([] {
+                    const rlimit nothing{.rlim_cur = 0, .rlim_max = 0};
+                    ::setrlimit(RLIMIT_FSIZE, &nothing);
+                });
+            }
+            process.start(tool, words);
             EXPECT_TRUE(process.waitForFinished());
             return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
                 QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
         }
 
+        /// 80,000 frames whose header knows of a tenth of them.
+        static QByteArray takeBytes(double sampleRate, char byte)
+        {
+            TakeHeader header(TakeShape{.sampleRate = sampleRate, .channels = 1});
+            header.tell(8000, false);
+            return QByteArray(reinterpret_cast<const char*>(header.bytes().data()), TakeHeader::size)
+                + QByteArray(10 * 8000 * 3, byte);
+        }
+
         /// A take of ten seconds whose header knows of one.
         QString unfinishedTake(const QString& name)
         {
-            const TakeShape shape{.sampleRate = 8000, .channels = 1};
-            TakeHeader header(shape);
-            header.tell(8000, false);
             QString path = folder() + u'/' + name;
-            Sandbox::writeFile(path,
-                QByteArray(reinterpret_cast<const char*>(header.bytes().data()), TakeHeader::size)
-                    + QByteArray(10 * 8000 * 3, '\x20'));
+            Sandbox::writeFile(path, takeBytes(8000, '\x20'));
             return path;
         }
 
@@ -86,12 +107,78 @@ TEST_F(TakeToolTest, ReadsSamplesWithEveryCommand)
     EXPECT_EQ(told.errors, QString());
     const auto review = QJsonDocument::fromJson(run({u"analyze"_s, clipped, u"--review"_s}).output.toUtf8()).object();
     EXPECT_EQ(review.value("moments"_L1).toArray().size(), 3);
-    const QString png = m_sandbox.path(u"shape.png"_s);
-    EXPECT_EQ(run({u"shape"_s, clipped, u"--png"_s, png, u"--width"_s, u"300"_s}).output, png + u'\n');
-    EXPECT_TRUE(Sandbox::readFile(png).startsWith("\x89PNG"));
-    const QByteArray take = Sandbox::readFile(clipped);
-    EXPECT_EQ(run({u"shape"_s, clipped, u"--png"_s, clipped}).status, 2);
-    EXPECT_EQ(Sandbox::readFile(clipped), take);
+}
+
+TEST_F(TakeToolTest, PutsAPictureOnlyWhereNothingElseStands)
+{
+    const QString take = unfinishedTake(u"a.caf"_s);
+    const QString picture = m_sandbox.path(u"shape.png"_s);
+    for (const QString& kept : {take, unfinishedTake(u"b.caf"_s), m_sandbox.path(u"notes"_s)}) {
+        if (kept.endsWith(u"notes"_s)) {
+            Sandbox::writeFile(kept, "PNG");
+        }
+        const QByteArray before = Sandbox::readFile(kept);
+        EXPECT_EQ(run({u"shape"_s, take, u"--png"_s, kept}).status, 2);
+        EXPECT_EQ(Sandbox::readFile(kept), before) << qPrintable(kept);
+    }
+    Sandbox::writeFile(picture, {});
+    for (const QString& width : {u"300"_s, u"400"_s}) {
+        EXPECT_EQ(run({u"shape"_s, take, u"--png"_s, picture, u"--width"_s, width}).output, picture + u'\n');
+        const QByteArray size = QByteArray("\0\0", 2) + char(width.toInt() / 256) + char(width.toInt() % 256);
+        EXPECT_EQ(Sandbox::readFile(picture).mid(1, 3) + Sandbox::readFile(picture).mid(16, 4), "PNG" + size);
+    }
+}
+
+TEST_F(TakeToolTest, FindsItsDecodersWhereItIsInstalled)
+{
+    QDir().mkpath(m_sandbox.path(u"libexec/vantiro"_s));
+    const QString tool = m_sandbox.path(u"libexec/vantiro/vantiro"_s);
+    ASSERT_TRUE(QFile::copy(QStringLiteral(VANTIRO_TOOL), tool));
+    ASSERT_TRUE(QFile::link(QFileInfo(QStringLiteral(VANTIRO_TOOL)).path() + u"/../lib"_s, m_sandbox.path(u"lib"_s)));
+    const QString picture = m_sandbox.path(u"shape.png"_s);
+    EXPECT_EQ(run({u"shape"_s, unfinishedTake(u"a.caf"_s), u"--png"_s, picture}, Disk::free, tool).errors, QString());
+}
+
+TEST_F(TakeToolTest, AnswersForTheFileThatIsThereWhateverItsNameWasBefore)
+{
+    const QString take = VantiroPaths::takes() + u"/set.caf"_s;
+    const auto analysis = [&](const QString& path) { return run({u"analyze"_s, path, u"--json"_s}).output; };
+    const auto write = [](const QString& path, double rate, char byte) {
+        Sandbox::writeFile(path, takeBytes(rate, byte));
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::ReadWrite)
+            && file.setFileTime(QDateTime(QDate(2026, 1, 1), QTime(0, 0), Qt::UTC), QFile::FileModificationTime));
+    };
+    write(take, 8000, '\x20');
+    const QString first = analysis(take);
+    EXPECT_EQ(analysis(take), first);
+    EXPECT_EQ(QDir(TakeAnalysis::cacheFolder()).entryList(QDir::Files).size(), 1);
+
+    const QString elsewhere = m_sandbox.path(u"elsewhere/set.caf"_s);
+    write(elsewhere, 8000, '\x10');
+    EXPECT_NE(analysis(elsewhere), first) << "in another folder";
+    write(take, 16000, '\x20');
+    const QString second = analysis(take);
+    EXPECT_NE(second, first) << "another take with an old date";
+    Sandbox::writeFile(take, takeBytes(16000, '\x10'));
+    QFile file(take);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite)
+        && file.setFileTime(QDateTime::currentDateTimeUtc().addSecs(60), QFile::FileModificationTime));
+    EXPECT_NE(analysis(take), second) << "worked over in place";
+}
+
+TEST_F(TakeToolTest, LetsNoNameInAFailureSteerTheTerminal)
+{
+    const auto outcome = run({u"analyze"_s, m_sandbox.path(u"\x1B[31mset.caf"_s)});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_FALSE(outcome.errors.contains(u'\x1B')) << qPrintable(outcome.errors);
+}
+
+TEST_F(TakeToolTest, RefusesAPipeAtOnce)
+{
+    const QString pipe = m_sandbox.path(u"pipe.mp3"_s);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    EXPECT_EQ(run({u"analyze"_s, pipe}).errors, u"vantiro: pipe.mp3 is no file with audio.\n"_s);
 }
 
 TEST_F(TakeToolTest, PracticeAddsWhatTheLogLacksAndKeepsRatings)
@@ -106,9 +193,27 @@ TEST_F(TakeToolTest, PracticeAddsWhatTheLogLacksAndKeepsRatings)
     unfinishedTake(u"mix-2026-09-06_22-00-00.caf"_s);
     const auto second = QJsonDocument::fromJson(run({u"practice"_s, folder(), u"--json"_s}).output.toUtf8()).object();
     EXPECT_EQ(second.value("analysed"_L1).toArray(), QJsonArray{u"mix-2026-09-06_22-00-00.caf"_s});
+    ASSERT_TRUE(
+        QFile::rename(folder() + u"/mix-2026-09-05_22-00-00.caf"_s, folder() + u"/mix-2026-09-05_22-00-00 best.caf"_s));
+    EXPECT_EQ(run({u"practice"_s, folder()}).status, 0);
     log = PracticeLog::load(folder());
     ASSERT_EQ(log.entries.size(), 2U);
+    EXPECT_EQ(log.entries.front().take, u"mix-2026-09-05_22-00-00 best.caf"_s);
     EXPECT_EQ(log.entries.front().star, 4);
+}
+
+TEST_F(TakeToolTest, PracticeShowsTheWeeksWhateverBecomesOfTheLog)
+{
+    unfinishedTake(u"mix-2026-09-05_22-00-00.caf"_s);
+    Sandbox::writeFile(PracticeLog::url(folder()), "no log");
+    const auto anew = run({u"practice"_s, folder()});
+    EXPECT_EQ(anew.status, 0);
+    EXPECT_TRUE(anew.errors.contains(u"/.vantiro-practice.broken.json"_s)) << qPrintable(anew.errors);
+    unfinishedTake(u"mix-2026-09-06_22-00-00.caf"_s);
+    const auto full = run({u"practice"_s, folder()}, Disk::full);
+    EXPECT_EQ(full.status, 1);
+    EXPECT_TRUE(full.errors.contains(u".vantiro-practice.json"_s)) << qPrintable(full.errors);
+    EXPECT_TRUE(full.output.contains(u"The log holds 2 sets"_s)) << qPrintable(full.output);
 }
 
 }  // namespace vantiro::test
