@@ -20,7 +20,7 @@ namespace {
         Q_DECLARE_TR_FUNCTIONS(ShapeText)
     };
 
-    constexpr int rows = 4;
+    constexpr int barRows = 4;
     constexpr int eighths = 8;
     constexpr int columnsPerMark = 11;
 
@@ -28,7 +28,8 @@ namespace {
     {
         constexpr char16_t lowestBlock = 0x2581;
         // Silence is a thin line, so that the take has no holes.
-        const int height = std::max(1, static_cast<int>(std::lround(bar.level * static_cast<float>(rows * eighths))));
+        const int height =
+            std::max(1, static_cast<int>(std::lround(bar.level * static_cast<float>(barRows * eighths))));
         const int lit = std::clamp(height - row * eighths, 0, eighths);
         return lit == 0 ? QChar(u' ') : QChar(static_cast<char16_t>(lowestBlock + lit - 1));
     }
@@ -95,7 +96,7 @@ QStringList shapeText(const TakeOverview& overview, double seconds, int columns,
     if (marks == ClipMarks::row && !overview.clips.empty()) {
         lines << markRow(bars);
     }
-    for (int row = rows - 1; row >= 0; --row) {
+    for (int row = barRows - 1; row >= 0; --row) {
         // A quiet take does not begin with empty lines.
         if (const QString text = rowText(bars, row, marks); row == 0 || !text.trimmed().isEmpty()) {
             lines << text;

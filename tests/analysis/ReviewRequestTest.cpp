@@ -14,7 +14,7 @@ namespace {
     using Moment = TakeAnalysis::Moment;
     using Kind = Moment::Kind;
 
-    TakeAnalysis exampleAnalysis()
+    TakeAnalysis reviewedAnalysis()
     {
         return {
             .seconds = 3599.96,
@@ -80,7 +80,7 @@ TEST(ReviewRequestTest, TheDocumentIsTheSameInEveryLocale)
 {
     const QLocale before;
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
-    EXPECT_EQ(ReviewRequest(exampleAnalysis(), 5).json(), QByteArray(golden));
+    EXPECT_EQ(ReviewRequest(reviewedAnalysis(), 5).json(), QByteArray(golden));
     QLocale::setDefault(before);
     // Slashes stay as they are.
     const auto question = JevQuestion::choice(u"a/b"_s, {{u"none"_s, u"None/\"both\""_s}});
@@ -93,11 +93,11 @@ TEST(ReviewRequestTest, KeepsTheWorstMomentsInOrderOfTime)
     // The drop counts 4, the clip 3.01, the silence 1.25, the second jump next to nothing, the first nothing.
     const std::vector<double> wanted[] = {{}, {20}, {12.35, 20}, {12.35, 20, 40}, {12.35, 20, 40, 50}};
     for (std::size_t limit = 0; limit < std::size(wanted); ++limit) {
-        const ReviewRequest request(exampleAnalysis(), static_cast<std::int64_t>(limit));
+        const ReviewRequest request(reviewedAnalysis(), static_cast<std::int64_t>(limit));
         EXPECT_EQ(starts(request), wanted[limit]);
         EXPECT_EQ(request.questions.size(), 2);
     }
-    EXPECT_DEATH((void)ReviewRequest(exampleAnalysis(), -1), "cannot keep");
+    EXPECT_DEATH((void)ReviewRequest(reviewedAnalysis(), -1), "cannot keep");
 
     TakeAnalysis two;
     two.moments = {{Kind::drop, 1, 10, -18, -30, -18, 0, 0}, {Kind::drop, 20, 11, -18, -30, -18, 0, 0}};
@@ -107,7 +107,7 @@ TEST(ReviewRequestTest, KeepsTheWorstMomentsInOrderOfTime)
 
 TEST(ReviewRequestTest, ABatchHasTheQuestionsForItsMoment)
 {
-    const ReviewRequest request(exampleAnalysis(), 5);
+    const ReviewRequest request(reviewedAnalysis(), 5);
     const auto batches = request.batches();
     ASSERT_EQ(batches.size(), 5U);
     for (std::size_t i = 0; i < batches.size(); ++i) {
