@@ -129,19 +129,18 @@ namespace {
             Doubles b1, b2, a1, a2, passA1, passA2;
         };
 
-        Doubles input1, input2, shelf1, shelf2, slope1, pass1, pass2;
+        Doubles input1, input2, shelf1, shelf2, pass1, pass2, slope1;
         Doubles energy{};
 
         Cascade(const WeightingState& state, std::int64_t lane) noexcept
-        {
-            load(input1, state.input1 + lane);
-            load(input2, state.input2 + lane);
-            load(shelf1, state.shelf1 + lane);
-            load(shelf2, state.shelf2 + lane);
-            load(pass1, state.pass1 + lane);
-            load(pass2, state.pass2 + lane);
-            slope1 = shelf1 - shelf2;
-        }
+            : input1(loaded(state.input1 + lane))
+            , input2(loaded(state.input2 + lane))
+            , shelf1(loaded(state.shelf1 + lane))
+            , shelf2(loaded(state.shelf2 + lane))
+            , pass1(loaded(state.pass1 + lane))
+            , pass2(loaded(state.pass2 + lane))
+            , slope1(shelf1 - shelf2)
+        { }
 
         [[gnu::always_inline]] void add(const Doubles& input, const Factors& by) noexcept
         {
@@ -168,14 +167,17 @@ namespace {
             save(state.shelf2 + lane, shelf2);
             save(state.pass1 + lane, pass1);
             save(state.pass2 + lane, pass2);
-            Doubles before;
-            load(before, energies + lane);
-            energy = before + energy * scale;
+            energy = loaded(energies + lane) + energy * scale;
             __builtin_memcpy(energies + lane, &energy, sizeof energy);
         }
 
     private:
-        static void load(Doubles& to, const double* from) noexcept { __builtin_memcpy(&to, from, sizeof to); }
+        [[gnu::always_inline]] static Doubles loaded(const double* from) noexcept
+        {
+            Doubles lanes;
+            __builtin_memcpy(&lanes, from, sizeof lanes);
+            return lanes;
+        }
         static void save(double* to, Doubles& value) noexcept
         {
             constexpr double tiny = 1e-30;

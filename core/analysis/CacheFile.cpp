@@ -19,7 +19,7 @@ void keep(const QString& path, const QByteArray& text)
     // A file has one writer at a time, and one take may be loaded by two threads at once.
     static std::mutex writing;
     const std::lock_guard lock(writing);
-    (void)files::replace(path, text, files::Durability::passing);
+    [[maybe_unused]] const auto kept = files::replace(path, text, files::Durability::passing);
 }
 
 QJsonArray numbers(const std::vector<float>& values)

@@ -83,6 +83,7 @@ Result<TakeOverview> TakeOverview::compute(const QString& path, std::int64_t sli
     const std::int64_t chunk = std::max<std::int64_t>(1, chunkSamples / format.channels);
     std::vector<float> samples(static_cast<std::size_t>(chunk * format.channels));
     std::vector<float*> planes;
+    planes.reserve(static_cast<std::size_t>(format.channels));
     for (int channel = 0; channel < format.channels; ++channel) {
         planes.push_back(samples.data() + channel * chunk);
     }

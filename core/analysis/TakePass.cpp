@@ -49,7 +49,7 @@ namespace {
 
     private:
         const TakeAnalysis::Progress& m_progress;
-        const std::int64_t m_frames;
+        std::int64_t m_frames;
         std::mutex m_mutex;
         std::atomic<bool> m_isStopped = false;
         std::optional<Error> m_failure;
@@ -99,7 +99,7 @@ namespace {
         }
 
         TakeReader& m_reader;
-        const ScanPlan m_plan;
+        ScanPlan m_plan;
         const BlockKernel& m_kernel;
         TakeOverview::Builder m_overview;
         Supervision m_supervision;
@@ -166,7 +166,7 @@ namespace {
     void Pass::scanInOrder()
     {
         // The stated length may be wrong, so it asks for no more memory than a day of audio needs.
-        constexpr std::size_t blocksOfDay = 24 * 3600 * 100;
+        constexpr std::size_t blocksOfDay = std::size_t{24} * 3600 * 100;
         const std::size_t expected = std::min(blocksOfDay, blocksOf(m_plan.format.frames + m_plan.segmentFrames));
         m_take.power.reserve(expected);
         m_take.peak.reserve(expected);

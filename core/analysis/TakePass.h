@@ -27,7 +27,7 @@ struct PassMeans {
 };
 
 /// Blocks in four days. A pass needs 28 bytes for each, and a header with a damaged rate may tell of years.
-inline constexpr std::int64_t mostBlocks = 4 * 24 * 3600 * std::int64_t{100};
+inline constexpr std::int64_t mostBlocks = std::int64_t{4} * 24 * 3600 * 100;
 
 /// Scans a take on several threads if the reader allows, the calling one among them. Fails as the reader does, with
 /// "cancelled", and for more than mostBlocks. A sample that is not a number counts as 0, one beyond

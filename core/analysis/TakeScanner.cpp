@@ -101,6 +101,7 @@ Result<std::int64_t> TakeScanner::fill(
     std::size_t index, const ScannedSegment& segment, std::int64_t time, std::int64_t frames)
 {
     std::vector<float*> planes;
+    planes.reserve(static_cast<std::size_t>(m_plan.format.channels));
     for (std::int64_t channel = 0; channel < m_plan.format.channels; ++channel) {
         planes.push_back(plane(index, channel));
     }
