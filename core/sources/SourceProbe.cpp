@@ -23,7 +23,15 @@ namespace {
     /// What one pair of ears heard.
     struct Heard {
         std::optional<float> peak;  ///< Linear; absent if no audio came.
+        double seconds = 0;         ///< Of audio.
         bool steadyTone = false;
+
+        /// A program whose sound comes by way of links that were just made begins with zeros, and on a busy machine an
+        /// opening can take most of the time there is.
+        [[nodiscard]] bool provesSilence(std::chrono::milliseconds listenFor) const
+        {
+            return peak == 0.0F && seconds >= std::chrono::duration<double>(listenFor).count() / 2;
+        }
     };
 
     bool mayBeOpened(const AudioDevice& device)
@@ -52,7 +60,9 @@ namespace {
             std::this_thread::sleep_until(std::min(end, Clock::now() + cancelledEvery));
         }
         const CaptureStats stats = (*capture)->stop();
-        return stats.frames > 0 ? Heard{.peak = stats.peak, .steadyTone = stats.steadyTone.value_or(false)} : Heard{};
+        return stats.frames > 0
+            ? Heard{.peak = stats.peak, .seconds = stats.seconds(), .steadyTone = stats.steadyTone.value_or(false)}
+            : Heard{};
     }
 
     SourceObservation observation(const AudioDevice& device)
@@ -153,7 +163,7 @@ namespace SourceProbe {
                 ears.emplace_back([&, index] {
                     SourceObservation& own = observations[devices.size() + index];
                     const Heard heard = hear(audio, {.source = own.ref, .pid = programs[index].pid}, options, end);
-                    own.isPlaying = !heard.peak || *heard.peak > 0;
+                    own.isPlaying = !heard.provesSilence(options.listenFor);
                 });
             }
         }

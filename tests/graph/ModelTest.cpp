@@ -101,6 +101,20 @@ namespace {
             return Clock::now() - start;
         }
 
+        /// What the model makes of what it heard, for whoever has to find out why a test failed.
+        static std::string account(const Instance& instance)
+        {
+            QString text = instance.model.detecting() ? u"listening;"_s : u"idle;"_s;
+            for (const RankedSource& source : instance.model.sources()) {
+                const SourceObservation& seen = source.observation;
+                text += u" %1: %2 points, peak %3 dB%4;"_s.arg(seen.ref.descriptor())
+                            .arg(source.score)
+                            .arg(seen.peakDB ? QString::number(static_cast<double>(*seen.peakDB)) : u"?"_s,
+                                seen.isPlaying ? u", plays"_s : QString());
+            }
+            return text.toStdString();
+        }
+
         static bool hears(const Instance& instance) { return instance.model.levels().left > -20; }
 
     private:
@@ -181,7 +195,7 @@ TEST_F(ModelTest, PicksAPlayingProgramBeforeASilentInterfaceAndFollowsTheHardwar
 
     auto deck = program(u"deck"_s, u"org.mixxx.Test"_s);
     link(u"deck"_s, u"speakers"_s);
-    ASSERT_TRUE(eventually([&] { return instance->selected() == u"org.mixxx.Test"_s; }));
+    ASSERT_TRUE(eventually([&] { return instance->selected() == u"org.mixxx.Test"_s; })) << account(*instance);
 
     // An interface that carries more is better, and a source that goes keeps its place until somebody asks.
     auto mixer = interface(u"mixer"_s, goodLevel);
