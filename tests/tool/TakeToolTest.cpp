@@ -209,6 +209,9 @@ TEST_F(TakeToolTest, PracticeShowsTheWeeksWhateverBecomesOfTheLog)
     const auto anew = run({u"practice"_s, folder()});
     EXPECT_EQ(anew.status, 0);
     EXPECT_TRUE(anew.errors.contains(u"/.vantiro-practice.broken.json"_s)) << qPrintable(anew.errors);
+#ifdef VANTIRO_SANITIZED
+    GTEST_SKIP() << "a sanitizer writes files of its own, which a full disk ends";
+#endif
     unfinishedTake(u"mix-2026-09-06_22-00-00.caf"_s);
     const auto full = run({u"practice"_s, folder()}, Disk::full);
     EXPECT_EQ(full.status, 1);
