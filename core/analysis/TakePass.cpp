@@ -123,12 +123,13 @@ namespace {
         const std::size_t wanted = threads > 0 ? threads : std::max(1U, std::thread::hardware_concurrency());
         {
             std::vector<std::jthread> workers;
-            try {
-                while (workers.size() + 1 < std::min(useful, wanted)) {
+            for (bool isGranted = true; isGranted && workers.size() + 1 < std::min(useful, wanted);) {
+                try {
                     workers.emplace_back([this, &segments] { work(segments); });
+                } catch (const std::system_error&) {
+                    // Those that run do all.
+                    isGranted = false;
                 }
-            } catch (const std::system_error&) {  // NOLINT(bugprone-empty-catch)
-                // The system grants no more threads: those that run do all.
             }
             work(segments);
         }

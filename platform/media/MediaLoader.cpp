@@ -13,6 +13,7 @@ namespace vantiro {
 namespace {
 
     using namespace Qt::StringLiterals;
+
     struct MediaModule {
         OpenDecoder openDecoder = nullptr;
         EncodePng encodePng = nullptr;
