@@ -8,7 +8,7 @@ help: ; @sed -n 's/^#: //p' Makefile
 demo: setup ; cmake --preset release && cmake --build --preset release --target bin/vantiro && build/release/bin/vantiro demo
 
 #: make test    builds for work and runs all tests but the long ones
-test: setup ; cmake --preset dev $(CONFIGURE) && cmake --build --preset dev && ctest --preset dev
+test: setup ; cmake --preset dev $(CONFIGURE) && cmake --build --preset dev && ctest --preset dev && ctest --preset dev-graph
 
 #: make run     would open the window
 run: ; @echo "Vantiro has no window yet; 'make demo' shows what the recorder does, and build/release/bin/vantiro is the program."
