@@ -56,11 +56,11 @@ namespace {
         return peaks;
     }
 
-    float scanChannel(const float* samples, std::int64_t frames, std::int64_t stride) noexcept
+    float scanChannel(const float* samples, std::int64_t channel, std::int64_t frames, std::int64_t channels) noexcept
     {
         float peak = 0;
         for (std::int64_t frame = 0; frame < frames; ++frame) {
-            const float magnitude = std::abs(samples[frame * stride]);
+            const float magnitude = std::abs(samples[frame * channels + channel]);
             peak = magnitude > peak ? magnitude : peak;
         }
         return peak;
@@ -79,8 +79,8 @@ ChannelPeaks scanPeaks(const float* interleaved, std::int64_t frames, std::int64
         return {.all = all, .first = peaks.even, .second = peaks.odd};
     }
     return {.all = all,
-        .first = scanChannel(interleaved, frames, channels),
-        .second = scanChannel(interleaved + 1, frames, channels)};
+        .first = scanChannel(interleaved, 0, frames, channels),
+        .second = scanChannel(interleaved, 1, frames, channels)};
 }
 
 }  // namespace vantiro

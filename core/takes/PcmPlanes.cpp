@@ -103,7 +103,7 @@ namespace {
     {
         const std::size_t frameBytes = Sample::bytes * planes.size();
         const std::size_t frames = bytes.size() / frameBytes;
-        for (std::size_t channel = 0; channel < planes.size(); ++channel) {
+        for (std::size_t channel = 0; frames > 0 && channel < planes.size(); ++channel) {
             float* plane = planes[channel] + at;
             const std::byte* first = bytes.data() + channel * Sample::bytes;
             std::size_t frame = 0;

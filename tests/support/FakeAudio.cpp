@@ -122,7 +122,7 @@ void FakeSource::skip(std::int64_t frames)
 {
     const auto lock = locked();
     m_sampleTime += frames;
-    m_hostSeconds += static_cast<double>(frames) / m_rate;
+    m_hostSeconds += m_rate > 0 ? static_cast<double>(frames) / m_rate : 0;
 }
 
 void FakeSource::setRate(double rate)
