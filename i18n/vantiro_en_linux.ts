@@ -3,6 +3,13 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en_linux" sourcelanguage="en">
 <context>
+    <name>AfterTake</name>
+    <message>
+        <source>it did not reach Music. Use Add to Music in the takes list to try again.</source>
+        <translation>it did not reach your music library. Use Add to your music library in the takes list to try again.</translation>
+    </message>
+</context>
+<context>
     <name>AnalysisText</name>
     <message numerus="yes">
         <source>%1 places, %2 an hour, %3 in all</source>
@@ -20,6 +27,13 @@
     </message>
 </context>
 <context>
+    <name>CopyWords</name>
+    <message>
+        <source>cannot convert to %1 on this Mac</source>
+        <translation>cannot convert to %1 on this computer</translation>
+    </message>
+</context>
+<context>
     <name>EndingWords</name>
     <message numerus="yes">
         <source>The take has %n gaps, for example where the Mac slept. The rest of the file is intact.</source>
@@ -34,6 +48,17 @@
     <message>
         <source>this Mac is offline</source>
         <translation>this computer is offline</translation>
+    </message>
+</context>
+<context>
+    <name>MusicInbox</name>
+    <message>
+        <source>There is no Automatically Add to Music folder in %1. In Music, Settings, Files shows where Music keeps its media folder.</source>
+        <translation>Vantiro cannot write to %1. Choose a folder that your music library watches, and that you can write to.</translation>
+    </message>
+    <message>
+        <source>Music&apos;s Automatically Add to Music folder is missing</source>
+        <translation>the folder that your music library watches is missing. Choose it in Settings.</translation>
     </message>
 </context>
 <context>

@@ -1,15 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tool/TakeFiles.h"
 
-#include "core/foundation/Files.h"
-#include "core/recorder/RecorderStateStore.h"
 #include "core/recorder/TakesFolder.h"
 #include "core/sources/PreflightFacts.h"
 #include "core/takes/Takes.h"
 #include "tool/ProgressBar.h"
 
-#include <QDateTime>
-#include <QFile>
 #include <QFileInfo>
 
 #include <optional>
@@ -36,35 +32,6 @@ namespace {
         });
     }
 
-    void removeIfOlder(const QString& file, const QDateTime& moment)
-    {
-        const QFileInfo info(file);
-        if (info.exists() && info.lastModified() < moment) {
-            QFile::remove(file);
-        }
-    }
-
-    /// Names and sizes repeat: when a take is worked over in place, or when another one takes its place.
-    void removeStale(const Take& take)
-    {
-        const QString analysis = TakeAnalysis::cacheURL(take, TakeAnalysis::cacheFolder());
-        const QString overview = TakeOverview::cacheURL(take, TakeOverview::cacheFolder());
-        const QDateTime changed = QFileInfo(take.path).lastModified();
-        removeIfOlder(analysis, changed);
-        removeIfOlder(overview, changed);
-        const auto text = files::read(analysis);
-        if (!text) {
-            return;
-        }
-        const auto kept = TakeAnalysis::fromJsonText(*text);
-        if (kept
-            && (kept->seconds != take.seconds || kept->sampleRate != take.sampleRate
-                || kept->channels != take.channels)) {
-            QFile::remove(analysis);
-            QFile::remove(overview);
-        }
-    }
-
 }  // namespace
 
 Result<QString> folder(const std::optional<QString>& named)
@@ -83,22 +50,6 @@ Result<QString> folder(const std::optional<QString>& named)
     }
     return captureFailure(
         u"There are no takes yet: the folder %1 comes with the first. 'vantiro record' makes one."_s.arg(path));
-}
-
-bool isSame(const QString& path, const QString& other)
-{
-    const QString canonical = QFileInfo(path).canonicalFilePath();
-    return !canonical.isEmpty() && canonical == QFileInfo(other).canonicalFilePath();
-}
-
-bool isKept(const Take& take)
-{
-    const auto running = RecorderStateStore::running();
-    if ((running && isSame(take.path, running->path)) || !isSame(QFileInfo(take.path).path(), TakesFolder::current())) {
-        return false;
-    }
-    removeStale(take);
-    return true;
 }
 
 Result<TakeAnalysis::Both> analyseAnew(const QString& path, const QString& title, SignalWatch& signals)

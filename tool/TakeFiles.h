@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/analysis/KeptAnalysis.h"
 #include "core/analysis/TakeAnalysis.h"
+#include "core/foundation/Files.h"
 #include "core/foundation/Result.h"
-#include "core/takes/Take.h"
 #include "tool/SignalWatch.h"
 
 #include <QString>
@@ -16,12 +17,8 @@ namespace vantiro::TakeFiles {
 /// The folder that a call names, or that of the settings. Fails with a sentence if it is not there.
 [[nodiscard]] Result<QString> folder(const std::optional<QString>& named);
 
-/// Both paths lead to one file that is there.
-[[nodiscard]] bool isSame(const QString& path, const QString& other);
-
-/// Whether what is found in this file may be kept and used again: a finished take of the takes folder, since what is
-/// kept is found by name and size alone. Removes what was kept of another file of that name and size.
-[[nodiscard]] bool isKept(const Take& take);
+using files::isSame;
+using KeptAnalysis::isKept;
 
 /// What there is in a take or in any other file with audio, with a bar of the progress under this title if a person
 /// looks. Fails as TakeAnalysis does.

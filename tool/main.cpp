@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/takes/TakeReader.h"
 #include "core/words/Catalogue.h"
 #include "platform/media/MediaLoader.h"
 #include "tool/Commands.h"
@@ -15,7 +14,7 @@ int main(int argc, char* argv[])
 
     QCoreApplication application(argc, argv);
     installCatalogue(application);
-    TakeReader::setDecoder(MediaLoader::open);
+    MediaLoader::install();
     QStringList words = QCoreApplication::arguments().mid(1);
     const QString name = words.isEmpty() ? QStringLiteral("--help") : words.takeFirst();
     if (name == QStringLiteral("--version")) {
@@ -35,6 +34,7 @@ int main(int argc, char* argv[])
         {QStringLiteral("takes"), takesCommand},
         {QStringLiteral("analyze"), analyzeCommand},
         {QStringLiteral("shape"), shapeCommand},
+        {QStringLiteral("export"), exportCommand},
         {QStringLiteral("practice"), practiceCommand},
         {QStringLiteral("samples"), samplesCommand},
         {QStringLiteral("demo"), demoCommand},

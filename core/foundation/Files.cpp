@@ -98,6 +98,15 @@ Result<void> makeFolder(const QString& path)
     return QFileInfo(path).isDir() ? Result<void>{} : std::unexpected(errnoError(path, ENOTDIR));
 }
 
+bool isSame(const QString& path, const QString& other)
+{
+    struct stat one = {};
+    struct stat two = {};
+    return ::stat(QFile::encodeName(path).constData(), &one) == 0
+        && ::stat(QFile::encodeName(other).constData(), &two) == 0 && one.st_dev == two.st_dev
+        && one.st_ino == two.st_ino;
+}
+
 Result<void> syncParentFolder(const QString& path)
 {
     const QString folder = QFileInfo(path).path();

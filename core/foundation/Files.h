@@ -27,6 +27,9 @@ enum class Durability {
 /// Makes a folder and those above it, each with mode 0700; one that exists is left as it is. Any thread.
 [[nodiscard]] Result<void> makeFolder(const QString& path);
 
+/// Both paths lead to one file or folder that is there, by way of symbolic or hard links too. Any thread.
+[[nodiscard]] bool isSame(const QString& path, const QString& other);
+
 /// Syncs the folder that holds `path`, so that a name in it survives a power cut. Any thread.
 [[nodiscard]] Result<void> syncParentFolder(const QString& path);
 

@@ -64,6 +64,16 @@ QString sourcesFile()
     return inSupport(QStringLiteral("sources.json"));
 }
 
+QString exportsFile()
+{
+    return inSupport(QStringLiteral("exports.json"));
+}
+
+QString pendingCopiesFile()
+{
+    return inSupport(QStringLiteral("pending-copies.json"));
+}
+
 QString traceFile()
 {
     return inSupport(QStringLiteral("trace.log"));

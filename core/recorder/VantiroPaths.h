@@ -26,6 +26,10 @@ namespace vantiro::VantiroPaths {
 [[nodiscard]] QString djAppsFile();
 /// What is remembered of sources.
 [[nodiscard]] QString sourcesFile();
+/// The temporary folders of copies that are being made.
+[[nodiscard]] QString exportsFile();
+/// Copies that are to be made after takes.
+[[nodiscard]] QString pendingCopiesFile();
 /// The trace for support.
 [[nodiscard]] QString traceFile();
 /// The user's settings: ${XDG_CONFIG_HOME:-~/.config}/Vantiro/settings.json.

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/FfmpegDecoder.h"
 
-#include <QFile>
-
 #include <cerrno>
 #include <utility>
 
@@ -10,7 +8,6 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/dict.h>
-#include <libavutil/log.h>
 }
 
 namespace vantiro {
@@ -22,54 +19,34 @@ namespace {
         "aac,ac3,aiff,amr,ape,asf,au,caf,dsf,dts,eac3,flac,matroska,mov,mp3,mpc,mpc8,ogg,"
         "tak,tta,w64,wav,wv";
 
-    void silenceLog()
-    {
-        // What is wrong with a file is told by the failures; the terminal belongs to the program.
-        static const bool isSilent = (av_log_set_level(AV_LOG_QUIET), true);
-        (void)isSilent;
-    }
-
 }  // namespace
 
-void FfmpegDecoder::Release::operator()(AVFormatContext* context) const
+std::expected<ffmpeg::Input, int> FfmpegDecoder::openContainer(const QString& path)
 {
-    avformat_close_input(&context);
-}
-
-void FfmpegDecoder::Release::operator()(AVCodecContext* context) const
-{
-    avcodec_free_context(&context);
-}
-
-void FfmpegDecoder::Release::operator()(AVPacket* packet) const
-{
-    av_packet_free(&packet);
-}
-
-void FfmpegDecoder::Release::operator()(AVFrame* frame) const
-{
-    av_frame_free(&frame);
-}
-
-std::expected<FfmpegDecoder, int> FfmpegDecoder::open(const QString& path)
-{
-    silenceLog();
+    ffmpeg::silenceLog();
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "file", 0);
     av_dict_set(&options, "format_whitelist", containers, 0);
     AVFormatContext* format = nullptr;
-    // With its protocol in front, no file name looks like an address.
-    int status = avformat_open_input(&format, ("file:" + QFile::encodeName(path)).constData(), nullptr, &options);
+    int status = avformat_open_input(&format, ffmpeg::address(path).constData(), nullptr, &options);
     av_dict_free(&options);
     if (status < 0) {
         return std::unexpected(status);
     }
-    FfmpegDecoder decoder;
-    decoder.m_format.reset(format);
+    ffmpeg::Input input(format);
     status = avformat_find_stream_info(format, nullptr);
-    if (status < 0) {
-        return std::unexpected(status);
+    return status < 0 ? std::expected<ffmpeg::Input, int>(std::unexpected(status)) : std::move(input);
+}
+
+std::expected<FfmpegDecoder, int> FfmpegDecoder::open(const QString& path)
+{
+    auto input = openContainer(path);
+    if (!input) {
+        return std::unexpected(input.error());
     }
+    AVFormatContext* format = input->get();
+    FfmpegDecoder decoder;
+    decoder.m_format = *std::move(input);
     const AVCodec* codec = nullptr;
     const int index = av_find_best_stream(format, AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
     if (index < 0) {
@@ -86,7 +63,7 @@ std::expected<FfmpegDecoder, int> FfmpegDecoder::open(const QString& path)
     if (!decoder.m_codec || !decoder.m_packet || !decoder.m_frame) {
         return std::unexpected(AVERROR(ENOMEM));
     }
-    status = avcodec_parameters_to_context(decoder.m_codec.get(), decoder.m_stream->codecpar);
+    int status = avcodec_parameters_to_context(decoder.m_codec.get(), decoder.m_stream->codecpar);
     // What an encoder put around the audio is cut off by time.
     decoder.m_codec->pkt_timebase = decoder.m_stream->time_base;
     // A piece belongs to the packet before it only while one thread decodes.

@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "platform/media/FfmpegHandles.h"
+
 #include <QString>
 
 #include <cstdint>
 #include <expected>
-#include <memory>
 #include <optional>
 
-struct AVCodecContext;
-struct AVFormatContext;
-struct AVFrame;
-struct AVPacket;
 struct AVStream;
 
 namespace vantiro {
@@ -29,6 +26,9 @@ public:
 
     /// Any thread.
     [[nodiscard]] static std::expected<FfmpegDecoder, int> open(const QString& path);
+    /// Opens a file without its audio: containers of sound on the disk, and nothing that they name elsewhere. Any
+    /// thread.
+    [[nodiscard]] static std::expected<ffmpeg::Input, int> openContainer(const QString& path);
 
     /// How long the audio is in seconds, if the file tells more than its size.
     [[nodiscard]] std::optional<double> statedSeconds() const;
@@ -44,22 +44,15 @@ public:
     [[nodiscard]] bool seek(std::int64_t time);
 
 private:
-    struct Release {
-        void operator()(AVFormatContext* context) const;
-        void operator()(AVCodecContext* context) const;
-        void operator()(AVPacket* packet) const;
-        void operator()(AVFrame* frame) const;
-    };
-
     FfmpegDecoder() = default;
 
     /// The next packet of the audio, false at the end.
     [[nodiscard]] std::expected<bool, int> readPacket();
 
-    std::unique_ptr<AVFormatContext, Release> m_format;
-    std::unique_ptr<AVCodecContext, Release> m_codec;
-    std::unique_ptr<AVPacket, Release> m_packet;
-    std::unique_ptr<AVFrame, Release> m_frame;
+    ffmpeg::Input m_format;
+    ffmpeg::Codec m_codec;
+    ffmpeg::Packet m_packet;
+    ffmpeg::Frame m_frame;
     AVStream* m_stream = nullptr;  ///< Of m_format.
     Packet m_place;
     bool m_isDraining = false;  ///< The decoder knows that no packet is left.

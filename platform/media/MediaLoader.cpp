@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/media/MediaLoader.h"
 
+#include "core/copies/CopyWords.h"
 #include "core/foundation/Log.h"
 #include "platform/media/MediaModule.h"
 
@@ -14,20 +15,17 @@ namespace {
 
     using namespace Qt::StringLiterals;
 
-    struct MediaModule {
-        OpenDecoder openDecoder = nullptr;
-        EncodePng encodePng = nullptr;
-    };
-
     /// The window's program is installed as bin/NAME, the tool as libexec/vantiro/NAME.
     MediaModule loadModule()
     {
         QStringList failures;
         for (const QString& way : {u"/../"_s, u"/../../"_s}) {
             QLibrary library(QCoreApplication::applicationDirPath() + way + QStringLiteral(VANTIRO_MEDIA_MODULE));
-            if (library.load()) {
-                return {reinterpret_cast<OpenDecoder>(library.resolve(openDecoderName)),
-                    reinterpret_cast<EncodePng>(library.resolve(encodePngName))};
+            const auto describe = reinterpret_cast<DescribeMediaModule>(library.resolve(describeMediaModuleName));
+            if (describe != nullptr) {
+                MediaModule loaded;
+                describe(loaded);
+                return loaded;
             }
             failures << library.errorString();
         }
@@ -41,27 +39,49 @@ namespace {
         return loaded;
     }
 
-}  // namespace
-
-Result<std::unique_ptr<TakeReader>> MediaLoader::open(const QString& path)
-{
-    if (module().openDecoder == nullptr) {
+    std::unexpected<Error> missing(const QString& path)
+    {
         return captureFailure(
             u"%1 cannot be read, since Vantiro's decoders are missing."_s.arg(QFileInfo(path).fileName()));
     }
-    Result<std::unique_ptr<TakeReader>> result;
-    module().openDecoder(path, result);
-    return result;
+
+    Result<std::unique_ptr<TakeReader>> openDecoder(const QString& path)
+    {
+        const auto open = module().openDecoder;
+        return open != nullptr ? open(path) : missing(path);
+    }
+
+    Result<std::unique_ptr<CopyEncoder>> openEncoder(const CopyEncoder::Plan& plan)
+    {
+        const auto open = module().copies.openEncoder;
+        return open != nullptr ? open(plan) : CopyWords::cannotConvert(plan.format);
+    }
+
+    Result<CopyMedia::Facts> inspect(const QString& path)
+    {
+        const auto look = module().copies.inspect;
+        return look != nullptr ? look(path) : missing(path);
+    }
+
+    Result<void> remux(const QString& source, const TakeTags& tags, const QString& target)
+    {
+        const auto write = module().copies.remux;
+        return write != nullptr ? write(source, tags, target) : missing(source);
+    }
+
+}  // namespace
+
+void MediaLoader::install()
+{
+    TakeReader::setDecoder(openDecoder);
+    CopyMedia::use({.openEncoder = openEncoder, .inspect = inspect, .remux = remux});
 }
 
 Result<QByteArray> MediaLoader::encodePng(int width, int height, std::span<const std::uint8_t> pixels)
 {
-    if (module().encodePng == nullptr) {
-        return captureFailure(u"No picture can be made, since Vantiro's decoders are missing."_s);
-    }
-    Result<QByteArray> result;
-    module().encodePng(width, height, pixels, result);
-    return result;
+    const auto encode = module().encodePng;
+    return encode != nullptr ? encode(width, height, pixels)
+                             : captureFailure(u"No picture can be made, since Vantiro's decoders are missing."_s);
 }
 
 }  // namespace vantiro

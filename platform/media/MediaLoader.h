@@ -1,22 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/takes/TakeReader.h"
+#include "core/foundation/Result.h"
 
 #include <QByteArray>
-#include <QString>
 
 #include <cstdint>
-#include <memory>
 #include <span>
 
-/// The platform's decoders and its writer of pictures, for a program that seldom needs them. Their libraries are loaded
-/// with the first call and stay. All fail with a CaptureError if they cannot be loaded, and need a QCoreApplication;
-/// any thread.
+/// The platform's decoders, encoders and its writer of pictures, for a program that seldom needs them. Their libraries
+/// are loaded when one is first needed, and stay. All fail with a CaptureError if they cannot be loaded, and need a
+/// QCoreApplication; any thread.
 namespace vantiro::MediaLoader {
 
-/// As FfmpegTakeReader::open.
-[[nodiscard]] Result<std::unique_ptr<TakeReader>> open(const QString& path);
+/// Takes are read, and copies made, with what the libraries can do, from now on.
+void install();
 
 /// As PngImage::encode.
 [[nodiscard]] Result<QByteArray> encodePng(int width, int height, std::span<const std::uint8_t> pixels);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/copies/CopyMedia.h"
 #include "core/takes/TakeReader.h"
 
 #include <QByteArray>
@@ -12,15 +13,18 @@
 
 namespace vantiro {
 
-// What the module has to offer, built together with the program that loads it. Any thread.
+/// What the module has to offer, built together with the program that loads it. Any thread.
+struct MediaModule {
+    TakeReader::DecoderOpener openDecoder = nullptr;  ///< FfmpegTakeReader::open
+    CopyMedia copies;                                 ///< FfmpegEncoder and M4aFile
+    /// PngImage::encode
+    Result<QByteArray> (*encodePng)(int width, int height, std::span<const std::uint8_t> pixels) = nullptr;
+};
 
-/// FfmpegTakeReader::open
-using OpenDecoder = void (*)(const QString& path, Result<std::unique_ptr<TakeReader>>& result);
-/// PngImage::encode
-using EncodePng = void (*)(int width, int height, std::span<const std::uint8_t> pixels, Result<QByteArray>& result);
+/// Fills a MediaModule.
+using DescribeMediaModule = void (*)(MediaModule& module);
 
-// The names of these functions.
-inline constexpr const char* openDecoderName = "vantiroOpenDecoder";
-inline constexpr const char* encodePngName = "vantiroEncodePng";
+/// The name of that function.
+inline constexpr const char* describeMediaModuleName = "vantiroDescribeMediaModule";
 
 }  // namespace vantiro

@@ -2,6 +2,7 @@
 #include "core/recorder/RecorderStateStore.h"
 #include "core/recorder/VantiroPaths.h"
 #include "tests/graph/GraphTest.h"
+#include "tests/support/SmallVolume.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -80,7 +81,7 @@ TEST_F(BadInputTest, IsRefusedWithOneSentenceAndLeavesNothing)
 TEST_F(BadInputTest, AFullDiskIsFoundBeforeATakeBegins)
 {
     const QString folder = m_sandbox.path(u"volume"_s);
-    const auto volume = smallVolume(folder, 32);
+    const auto volume = test::SmallVolume::mount(folder, 32);
     if (volume == nullptr) {
         GTEST_SKIP() << "Mounting a small volume is not permitted here, so a full disk is not tested.";
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/recorder/RecorderStateStore.h"
 #include "tests/graph/GraphTest.h"
+#include "tests/support/SmallVolume.h"
 
 #include <csignal>
 #include <functional>
@@ -66,7 +67,7 @@ TEST_F(FullDiskTest, ATakeThatFillsTheDiskIsClosedWhole)
 {
     const QString folder = m_sandbox.path(u"volume"_s);
     // A little more than what the recorder keeps free for the close.
-    const auto volume = smallVolume(folder, 70);
+    const auto volume = test::SmallVolume::mount(folder, 70);
     if (volume == nullptr) {
         GTEST_SKIP() << "Mounting a small volume is not permitted here, so a full disk is not tested.";
     }

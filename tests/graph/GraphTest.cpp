@@ -15,8 +15,6 @@
 #include <numeric>
 #include <span>
 
-#include <sys/mount.h>
-
 namespace vantiro::test {
 
 using namespace std::chrono_literals;
@@ -55,20 +53,6 @@ bool GraphTest::plays(const VirtualDevice& device, double seconds, int sampleRat
     const std::int64_t target = device.contentPosition() + static_cast<std::int64_t>(seconds * sampleRate);
     const std::chrono::milliseconds limit(5000 + static_cast<std::int64_t>(seconds * 10'000));
     return waitFor([&] { return device.contentPosition() >= target; }, limit);
-}
-
-std::shared_ptr<void> GraphTest::smallVolume(const QString& folder, int mebibytes)
-{
-    const QByteArray path = QFile::encodeName(folder);
-    const QByteArray options = "size=" + QByteArray::number(mebibytes) + "m";
-    if (!QDir().mkpath(folder) || ::mount("tmpfs", path.constData(), "tmpfs", 0, options.constData()) != 0) {
-        return nullptr;
-    }
-    // Detached, since a recorder of a test that failed may still have its take open.
-    return {::operator new(1), [path](void* token) {
-                ::operator delete(token);
-                ::umount2(path.constData(), MNT_DETACH);
-            }};
 }
 
 std::unique_ptr<Program> GraphTest::launch(const QStringList& arguments)

@@ -41,9 +41,6 @@ protected:
     [[nodiscard]] std::unique_ptr<VirtualDevice> device(VirtualDevice::Options options = {}) const;
     /// Waits until the device has played so much more; false if that takes far too long.
     [[nodiscard]] static bool plays(const VirtualDevice& device, double seconds, int sampleRate = 48'000);
-    /// A volume in memory with so much room, mounted on the folder (which is made) while it is held. Nothing if that is
-    /// not permitted here.
-    [[nodiscard]] static std::shared_ptr<void> smallVolume(const QString& folder, int mebibytes);
 
     /// Starts the tool.
     [[nodiscard]] static std::unique_ptr<Program> launch(const QStringList& arguments);

@@ -2,6 +2,7 @@
 #include "tests/graph/KillTest.h"
 
 #include "core/recorder/RecorderStateStore.h"
+#include "tests/support/SmallVolume.h"
 
 #include <QFile>
 #include <QStandardPaths>
@@ -31,7 +32,7 @@ namespace {
 void KillTest::killRecorders(int rounds, std::uint32_t seed)
 {
     // A volume without a disk behind it, if one may be had, since the writer waits for a busy disk.
-    const auto volume = smallVolume(m_sandbox.path(u"takes"_s), 256);
+    const auto volume = SmallVolume::mount(m_sandbox.path(u"takes"_s), 256);
     m_patience = volume ? 1 : 3;
     std::mt19937 random(seed);
     std::uniform_real_distribution<> length(0.3, 3.0);

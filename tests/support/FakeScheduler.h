@@ -25,6 +25,7 @@ public:
     [[nodiscard]] std::unique_ptr<Timer> every(std::chrono::nanoseconds period, Task tick) override;
     void post(Task task) override;
     void runElsewhere(Work work, Task job) override;
+    [[nodiscard]] std::move_only_function<void(Task)> mailbox() override;
 
     /// Moves the clock on. Timers tick at their moments, and what is posted runs before the clock moves further.
     void advance(std::chrono::nanoseconds duration);
@@ -34,9 +35,6 @@ public:
     void runBackground();
     /// The same until nobody waits for anything but time.
     void settle();
-
-protected:
-    [[nodiscard]] std::move_only_function<void(Task)> mailbox() override;
 
 private:
     struct Mail;
