@@ -23,6 +23,8 @@ int takesCommand(const QStringList& words);
 int analyzeCommand(const QStringList& words);
 /// Draws the shape of a take.
 int shapeCommand(const QStringList& words);
+/// Makes a copy of a take in another format, and hands one to the music library.
+int exportCommand(const QStringList& words);
 /// Compares this week's sets with last week's.
 int practiceCommand(const QStringList& words);
 /// Writes made takes.

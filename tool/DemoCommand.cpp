@@ -9,6 +9,7 @@
 #include "tool/AnalysisText.h"
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
+#include "tool/DemoCopy.h"
 #include "tool/DemoProof.h"
 #include "tool/DemoRig.h"
 #include "tool/DemoTake.h"
@@ -151,7 +152,11 @@ namespace {
         }
         const auto last =
             record(*source, QDir(folder).filePath(VantiroPaths::newTakeName(TakeFormat::caf)), seconds, signals);
-        return last ? showAccount(*last) : std::unexpected(last.error());
+        if (!last) {
+            return std::unexpected(last.error());
+        }
+        const auto shown = showAccount(*last);
+        return shown ? showCopy(last->path, signals) : shown;
     }
 
 }  // namespace

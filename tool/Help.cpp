@@ -18,6 +18,7 @@ QString generalHelp()
   vantiro takes           list the takes, the newest first; takes left unfinished are mended
   vantiro analyze FILE    tell what happened in a set: loudness, peak, clipping, dead air, drops and jumps
   vantiro shape FILE      draw the shape of a set, in the terminal or as a picture
+  vantiro export FILE     make a copy as WAV, FLAC, Apple Lossless or AAC, or hand one to your music library
   vantiro practice        this week's sets against last week's
   vantiro samples FOLDER  write made takes to try the above with
   vantiro demo            let Vantiro find and record a made set on a virtual rig, touching nothing of yours
@@ -96,6 +97,23 @@ or marked with ▼ where there are no colours. FILE is a take or another file wi
   --width N          of the picture, in pixels, 120 to 8192 (default: 1200)
   --height N         40 to 8192 (default: 240)
   --json             the peaks and the clipped slices)")},
+        {QStringLiteral("export"),
+            QStringLiteral(R"(vantiro export FILE --format wav|flac|alac|aac [--out PATH] [--force] [--json]
+vantiro export FILE --to-music [--inbox FOLDER] [--format ...] [--json]
+
+Makes a copy of a take or of another file with audio. Apple Lossless and AAC carry title, date, album and cover; WAV and
+FLAC carry no tags. A copy is there whole or not at all, and Ctrl-C leaves nothing of it. The file itself stays as it
+is.
+
+  --format F         wav (24-bit), flac, alac (Apple Lossless) or aac (256 kbps); not needed if the PATH of --out ends
+                     in .wav or .flac
+  --out PATH         the copy's file, or the folder for it (default: the folder "Copies" in the takes folder for a take
+                     of that, else beside FILE)
+  --force            if a file stands there, replace it
+  --to-music         hand an AAC copy, or Apple Lossless where AAC cannot take the rate or the channels, to the folder
+                     that a music library imports from; without --format no other copy stays
+  --inbox FOLDER     that folder, or one that holds it (default: that of the settings)
+  --json             path, format, bytes and seconds of the copy, and whether the music library has it)")},
         {QStringLiteral("practice"), QStringLiteral(R"(vantiro practice [FOLDER] [--json]
 
 Analyses the takes of a folder that its practice log lacks, adds them to the log, and shows this week against the last:
@@ -114,8 +132,8 @@ their names (mix-2026-09-25_22-10-04.caf and two more) are replaced.
 
 Starts a private PipeWire graph with a virtual DJ app that plays a made set, beside a silent interface, a microphone and
 a virtual cable with noise on it. Lets Vantiro find the mix among them, records it detached, kills the program that
-started the take, ends the take and proves bit by bit that it holds what was played. Nothing of your audio or settings
-is touched.
+started the take, ends the take and proves bit by bit that it holds what was played. Makes an AAC copy, and shows what
+ffprobe reads there. Nothing of your audio or settings is touched.
 
   --folder PATH      where the take goes (default: a new folder under the current one, vantiro-demo)
   --seconds N        length of the take, 5 to 600 (default: 15))")},

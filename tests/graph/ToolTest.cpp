@@ -4,6 +4,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRegularExpression>
 
 #include <atomic>
 #include <thread>
@@ -114,7 +115,9 @@ TEST_F(ToolTest, TheDemoFindsAndRecordsTheMix)
     const auto demo = launch({u"demo"_s, u"--seconds"_s, u"5"_s, u"--folder"_s, m_sandbox.path(u"demo"_s)})->wait(60s);
     EXPECT_EQ(demo.status, 0) << qPrintable(demo.output + demo.errors);
     EXPECT_TRUE(demo.output.contains(u"\n▶  65  Virtual Deck "_s)) << qPrintable(demo.output);
-    EXPECT_EQ(filesIn(m_sandbox.path(u"demo"_s)).size(), 1);
+    EXPECT_EQ(filesIn(m_sandbox.path(u"demo"_s)).size(), 2) << "the take and its copy";
+    EXPECT_TRUE(demo.output.contains(QRegularExpression(u"\n  Album +Vantiro\n(.*\n)*  Cover +PNG, "_s)))
+        << qPrintable(demo.output);
 }
 
 TEST_F(GraphMirrorTest, TellsOnceOfEachChangeOfTheDevices)

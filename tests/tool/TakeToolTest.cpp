@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/analysis/PracticeLog.h"
-#include "core/capture/TakeHeader.h"
 #include "core/recorder/RecorderLock.h"
 #include "core/recorder/VantiroPaths.h"
-#include "tests/support/Sandbox.h"
+#include "tests/tool/ToolTest.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -12,9 +11,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace vantiro::test {
@@ -23,46 +20,8 @@ namespace {
 
     using namespace Qt::StringLiterals;
 
-    /// The real tool, on files alone.
-    class TakeToolTest : public SandboxTest {
+    class TakeToolTest : public ToolTest {
     protected:
-        struct Outcome {
-            int status = -1;
-            QString output;
-            QString errors;
-        };
-
-        enum class Disk {
-            free,
-            full,
-        };
-
-        [[nodiscard]] static Outcome run(
-            const QStringList& words, Disk disk = Disk::free, const QString& tool = QStringLiteral(VANTIRO_TOOL))
-        {
-            QProcess process;
-            process.setStandardInputFile(QProcess::nullDevice());
-            if (disk == Disk::full) {
-                process.setChildProcessModifier([] {
-                    const rlimit nothing{.rlim_cur = 0, .rlim_max = 0};
-                    ::setrlimit(RLIMIT_FSIZE, &nothing);
-                });
-            }
-            process.start(tool, words);
-            EXPECT_TRUE(process.waitForFinished());
-            return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
-        }
-
-        /// 80,000 frames whose header knows of a tenth of them.
-        static QByteArray takeBytes(double sampleRate, char byte)
-        {
-            TakeHeader header(TakeShape{.sampleRate = sampleRate, .channels = 1});
-            header.tell(8000, false);
-            return QByteArray(reinterpret_cast<const char*>(header.bytes().data()), TakeHeader::size)
-                + QByteArray(10 * 8000 * 3, byte);
-        }
-
         /// A take of ten seconds whose header knows of one.
         QString unfinishedTake(const QString& name)
         {
