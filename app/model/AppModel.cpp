@@ -81,6 +81,44 @@ void AppModel::setError(const std::optional<QString>& text)
     m_errorMessage = shown;
 }
 
+void AppModel::setExporting(const QString& take, std::optional<double> progress)
+{
+    const auto found = m_exporting.find(take);
+    const auto before = found == m_exporting.end() ? std::nullopt : std::optional(found->second);
+    if (progress == before) {
+        return;
+    }
+    if (progress) {
+        m_exporting.insert_or_assign(take, *progress);
+    } else {
+        m_exporting.erase(found);
+    }
+    Q_EMIT exportingChanged();
+}
+
+void AppModel::setOverview(const QString& take, TakeOverview overview)
+{
+    const auto found = m_overviews.find(take);
+    if (found == m_overviews.end() || found->second != overview) {
+        m_overviews.insert_or_assign(take, std::move(overview));
+        Q_EMIT overviewsChanged();
+    }
+}
+
+void AppModel::addReadingOverview(const QString& take)
+{
+    if (m_readingOverviews.insert(take).second) {
+        Q_EMIT readingOverviewsChanged();
+    }
+}
+
+void AppModel::removeReadingOverview(const QString& take)
+{
+    if (m_readingOverviews.erase(take) > 0) {
+        Q_EMIT readingOverviewsChanged();
+    }
+}
+
 std::optional<RankedSource> AppModel::selectedRanked() const
 {
     const auto& sources = m_sources.value();

@@ -4,6 +4,7 @@
 #include "app/model/AppSettings.h"
 #include "app/model/DeckState.h"
 #include "app/model/MeterLevels.h"
+#include "core/analysis/TakeOverview.h"
 #include "core/foundation/Trace.h"
 #include "core/recorder/RecorderState.h"
 #include "core/sources/AudioDevice.h"
@@ -17,8 +18,10 @@
 
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <vector>
 
@@ -127,6 +130,17 @@ public:
     /// What the meter's capture is like, while there is one.
     [[nodiscard]] const std::optional<MeterFormat>& meterFormat() const { return m_meterFormat.value(); }
     void setMeterFormat(const std::optional<MeterFormat>& format) { m_meterFormat = format; }
+    /// The takes that are being copied, by path, with the progress of that from 0 to 1.
+    [[nodiscard]] const std::map<QString, double>& exporting() const { return m_exporting; }
+    /// Absent means that the work for this take is over.
+    void setExporting(const QString& take, std::optional<double> progress);
+    /// The shapes of takes, by path, as far as they have been read.
+    [[nodiscard]] const std::map<QString, TakeOverview>& overviews() const { return m_overviews; }
+    void setOverview(const QString& take, TakeOverview overview);
+    /// The takes whose shapes are being read.
+    [[nodiscard]] const std::set<QString>& readingOverviews() const { return m_readingOverviews; }
+    void addReadingOverview(const QString& take);
+    void removeReadingOverview(const QString& take);
     /// What was chosen and at which rate. Whoever changes it saves it.
     [[nodiscard]] SourceMemory& memory() { return m_memory; }
 
@@ -163,6 +177,9 @@ Q_SIGNALS:
     void startingChanged();
     void lastKnownNameChanged();
     void meterFormatChanged();
+    void exportingChanged();
+    void overviewsChanged();
+    void readingOverviewsChanged();
     void sourceNameChanged();
     void deckStateChanged();
     void headlineChanged();
@@ -177,6 +194,9 @@ private:
     SourceMemory m_memory;
     std::optional<Moment> m_recordPressedAt;
     std::vector<float> m_history;
+    std::map<QString, double> m_exporting;
+    std::map<QString, TakeOverview> m_overviews;
+    std::set<QString> m_readingOverviews;
 
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, std::vector<RankedSource>, m_sources, &AppModel::sourcesChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, std::vector<AudioDevice>, m_devices, &AppModel::devicesChanged)

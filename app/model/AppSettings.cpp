@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/model/AppSettings.h"
 
+#include "core/copies/MusicInbox.h"
 #include "core/foundation/Json.h"
 #include "core/recorder/TakesFolder.h"
 #include "core/recorder/VantiroPaths.h"
@@ -71,6 +72,7 @@ AppSettings::AppSettings(std::unique_ptr<SettingsStore> store) : m_store(std::mo
     m_format = takeFormat(read.value(QStringLiteral("format")).toString()).value_or(TakeFormat::caf);
     m_takeCopy = copyFormat(read.value(QStringLiteral("takeCopy")));
     m_addToMusic = boolean(read, "addToMusic", true);
+    m_musicInboxChoice = MusicInbox::chosen(read);
     m_djName = read.value(QStringLiteral("djName")).toString();
     m_mixcloudPrivate = boolean(read, "mixcloudPrivate", true);
     m_mixcloudPages = pages(read.value(QStringLiteral("mixcloudPages")).toObject());
@@ -113,6 +115,14 @@ void AppSettings::setTakeCopy(std::optional<ExportFormat> copy)
 void AppSettings::setAddToMusic(bool value)
 {
     store(m_addToMusic, value, "addToMusic", value);
+}
+
+void AppSettings::setMusicInboxChoice(const std::optional<QString>& inbox)
+{
+    if (m_musicInboxChoice.value() != inbox) {
+        MusicInbox::save(inbox, *m_store);
+        m_musicInboxChoice = inbox;
+    }
 }
 
 void AppSettings::setDjName(const QString& name)

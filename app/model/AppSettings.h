@@ -52,6 +52,9 @@ public:
     /// Each take is handed to the music library as well.
     [[nodiscard]] bool addToMusic() const { return m_addToMusic; }
     void setAddToMusic(bool value);
+    /// The folder that the user chose for the music library's import, absolute; absent means none.
+    [[nodiscard]] const std::optional<QString>& musicInboxChoice() const { return m_musicInboxChoice.value(); }
+    void setMusicInboxChoice(const std::optional<QString>& inbox);
     /// The artist's name in tags.
     [[nodiscard]] const QString& djName() const { return m_djName.value(); }
     void setDjName(const QString& name);
@@ -101,6 +104,7 @@ Q_SIGNALS:
     void formatChanged();
     void takeCopyChanged();
     void addToMusicChanged();
+    void musicInboxChoiceChanged();
     void djNameChanged();
     void mixcloudPrivateChanged();
     void mixcloudPagesChanged();
@@ -126,6 +130,8 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, TakeFormat, m_format, &AppSettings::formatChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, std::optional<ExportFormat>, m_takeCopy, &AppSettings::takeCopyChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, bool, m_addToMusic, &AppSettings::addToMusicChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(
+        AppSettings, std::optional<QString>, m_musicInboxChoice, &AppSettings::musicInboxChoiceChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, QString, m_djName, &AppSettings::djNameChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, bool, m_mixcloudPrivate, &AppSettings::mixcloudPrivateChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, Pages, m_mixcloudPages, &AppSettings::mixcloudPagesChanged)

@@ -9,12 +9,18 @@ ModelFlows::ModelFlows(AppModel& model, const ModelServices& services)
     , m_meter(model, m_findings, services)
     , m_sources(model, m_findings, services)
     , m_takes(model, m_findings, m_sources, services)
-{ }
+    , m_afterTake(model, services)
+{
+    m_takes.setAfterTake([this](const RecorderState& take) {
+        m_afterTake.afterTake(take.path, take.startedAt, m_model.takeCopy(), m_model.addToMusic());
+    });
+}
 
 void ModelFlows::start()
 {
     m_takes.start();
     m_sources.start();
+    m_afterTake.resume();
     if (m_model.didSetup()) {
         m_sources.ensureListening();
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/model/AfterTake.h"
 #include "app/model/FindingsWatch.h"
 #include "app/model/LiveMeter.h"
 #include "app/model/SourceWatch.h"
@@ -17,7 +18,7 @@ public:
     ModelFlows& operator=(const ModelFlows&) = delete;
 
     /// Called once, right after construction: finds a take that runs already, follows the hardware, and listens for the
-    /// mix if the setup guide has been passed.
+    /// mix if the setup guide has been passed. Copies that an earlier run did not finish are taken up again.
     void start();
     /// The application came to the front: what may have changed behind its back is read anew.
     void becomeActive();
@@ -25,6 +26,7 @@ public:
     [[nodiscard]] LiveMeter& meter() { return m_meter; }
     [[nodiscard]] SourceWatch& sources() { return m_sources; }
     [[nodiscard]] TakeFlow& takes() { return m_takes; }
+    [[nodiscard]] AfterTake& afterTake() { return m_afterTake; }
 
 private:
     AppModel& m_model;
@@ -32,6 +34,7 @@ private:
     LiveMeter m_meter;
     SourceWatch m_sources;
     TakeFlow m_takes;
+    AfterTake m_afterTake;
 };
 
 }  // namespace vantiro

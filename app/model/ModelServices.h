@@ -8,6 +8,8 @@
 #include "core/recorder/RecorderState.h"
 #include "core/sources/SourceProbe.h"
 
+#include <QString>
+
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -35,6 +37,7 @@ struct ModelServices {
     std::shared_ptr<AudioPermission> permission;  ///< Shared with a question that nobody has answered yet.
     Scheduler& scheduler;
     RecorderServices recorder = RecorderServices::real();
+    std::function<void(const QString& path)> reveal = {};  ///< Selects a file in the file manager; may be empty.
     std::chrono::milliseconds listenFor = SourceProbe::usualTime;  ///< How long all inputs are heard.
 };
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/model/QtScheduler.h"
 
+#include "core/foundation/ThreadPriority.h"
+
 #include <QObject>
 #include <QTimer>
 
@@ -103,11 +105,20 @@ void QtScheduler::post(Task task)
 
 void QtScheduler::runElsewhere(Work work, Task job)
 {
-    if (work == Work::lasting) {
+    switch (work) {
+    case Work::brief:
+        m_pool.start([shared = std::make_shared<Task>(std::move(job))] { (*shared)(); });
+        break;
+    case Work::lasting:
         std::thread(std::move(job)).detach();
-        return;
+        break;
+    case Work::patient:
+        std::thread([patientJob = std::move(job)]() mutable {
+            standBackForGood();
+            patientJob();
+        }).detach();
+        break;
     }
-    m_pool.start([shared = std::make_shared<Task>(std::move(job))] { (*shared)(); });
 }
 
 std::move_only_function<void(Scheduler::Task)> QtScheduler::mailbox()

@@ -22,8 +22,6 @@ public:
     [[nodiscard]] std::unique_ptr<Timer> every(std::chrono::nanoseconds period, Task tick) override;
     void post(Task task) override;
     void runElsewhere(Work work, Task job) override;
-
-protected:
     [[nodiscard]] std::move_only_function<void(Task)> mailbox() override;
 
 private:

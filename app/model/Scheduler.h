@@ -32,6 +32,7 @@ public:
     enum class Work {
         brief,    ///< Some seconds at the most. It may use what belongs to the program; the end of the scheduler waits.
         lasting,  ///< As long as it wants, on a thread of its own, with copies alone: nobody waits for its end.
+        patient,  ///< As lasting work, and behind everything else that wants the processor or the disk.
     };
 
     virtual ~Scheduler() = default;
@@ -60,11 +61,12 @@ public:
         });
     }
 
+    /// post() for work that may outlast the scheduler: what is mailed then is dropped. The mailbox may be used on any
+    /// thread, by one at a time.
+    [[nodiscard]] virtual std::move_only_function<void(Task)> mailbox() = 0;
+
 protected:
     Scheduler() = default;
-
-    /// post() for work that may outlast the scheduler: what is mailed then is dropped.
-    [[nodiscard]] virtual std::move_only_function<void(Task)> mailbox() = 0;
 };
 
 }  // namespace vantiro

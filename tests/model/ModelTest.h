@@ -93,6 +93,7 @@ protected:
                 .permission = m_permission,
                 .scheduler = m_scheduler,
                 .recorder = m_recorder.services(),
+                .reveal = [this](const QString& path) { m_revealed << path; },
                 .listenFor = std::chrono::milliseconds(1)});
         m_flows->start();
         m_scheduler.settle();
@@ -124,6 +125,7 @@ protected:
     FakeAudio m_audio;
     FakeScheduler m_scheduler;
     FakeRecorder m_recorder;
+    QStringList m_revealed;  ///< In the file manager.
     std::shared_ptr<FakePermission> m_permission = std::make_shared<FakePermission>();
     std::unique_ptr<AppModel> m_model;
     std::unique_ptr<ModelFlows> m_flows;
