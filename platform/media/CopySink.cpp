@@ -7,12 +7,12 @@
 #include <utility>
 
 extern "C" {
-#include <libavcodec/avcodec.h>
+#include <libavcodec/codec_par.h>
 }
 
 namespace vantiro {
 
-CopySink::CopySink(CopyFile file, const AVCodecContext& codec)
+CopySink::CopySink(CopyFile file, const AVCodecParameters& codec)
     : m_file(std::move(file))
     , m_packetFrames(codec.frame_size)
     , m_time(-codec.initial_padding)

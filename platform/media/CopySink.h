@@ -10,15 +10,14 @@
 #include <span>
 #include <vector>
 
-struct AVCodecContext;
+struct AVCodecParameters;
 
 namespace vantiro {
 
 /// Takes the packets of a copy in their order and writes them. One thread at a time.
 class CopySink {
 public:
-    /// The encoder's settings are what counts; it outlives the sink.
-    CopySink(CopyFile file, const AVCodecContext& codec);
+    CopySink(CopyFile file, const AVCodecParameters& codec);
 
     /// The next piece, from its packet `first` up to `end`.
     [[nodiscard]] Result<void> add(const CopyPiece& piece, std::int64_t first, std::int64_t end);

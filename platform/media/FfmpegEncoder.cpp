@@ -11,13 +11,14 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cmath>
 #include <optional>
 #include <thread>
 #include <utility>
 
 extern "C" {
-#include <libavcodec/avcodec.h>
+#include <libavcodec/codec_par.h>
 }
 
 namespace vantiro::FfmpegEncoder {
@@ -40,7 +41,7 @@ namespace {
 
     class Encoder final : public CopyEncoder {
     public:
-        Encoder(Plan plan, const Cutting& cutting, ffmpeg::Codec codec)
+        Encoder(Plan plan, const Cutting& cutting, ffmpeg::Parameters codec)
             : m_plan(std::move(plan))
             , m_cutting(cutting)
             , m_codec(std::move(codec))
@@ -67,7 +68,7 @@ namespace {
 
         Plan m_plan;
         Cutting m_cutting;
-        ffmpeg::Codec m_codec;  ///< Tells what the others are like; encodes nothing.
+        ffmpeg::Parameters m_codec;  ///< What the encoders are like.
         std::atomic<std::int64_t> m_framesTaken = 0;
     };
 
@@ -161,13 +162,9 @@ namespace {
     Result<void> Encoder::encode(
         TakeReader& reader, const QString& file, const Progress& progress, const Cancelled& cancelled)
     {
-        const ffmpeg::Parameters parameters = ffmpeg::parametersOf(*m_codec);
-        if (!parameters) {
-            return CopyWords::cannotCreate(QFileInfo(file).fileName(), ENOMEM);
-        }
         const auto container =
             m_plan.format == ExportFormat::flac ? CopyFile::Container::flac : CopyFile::Container::m4a;
-        auto made = CopyFile::create(file, container, *parameters, m_codec->sample_rate, m_plan.tags);
+        auto made = CopyFile::create(file, container, *m_codec, m_codec->sample_rate, m_plan.tags);
         if (!made) {
             return std::unexpected(std::move(made.error()));
         }
@@ -274,7 +271,12 @@ Result<std::unique_ptr<CopyEncoder>> open(const CopyEncoder::Plan& plan, const C
     if (!codec) {
         return std::unexpected(std::move(codec.error()));
     }
-    return std::make_unique<Encoder>(plan, cutting, *std::move(codec));
+    // Of the encoder itself only the description stays: that of FLAC is seven megabytes.
+    ffmpeg::Parameters parameters = ffmpeg::parametersOf(**codec);
+    if (!parameters) {
+        return CopyWords::writeError(ENOMEM);
+    }
+    return std::make_unique<Encoder>(plan, cutting, std::move(parameters));
 }
 
 Result<std::unique_ptr<CopyEncoder>> open(const CopyEncoder::Plan& plan)
