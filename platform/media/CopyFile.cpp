@@ -148,10 +148,10 @@ Result<CopyFile> CopyFile::create(const QString& path, Container container, cons
     return file;
 }
 
-Result<void> CopyFile::write(std::span<const std::uint8_t> packet, std::int64_t time, std::int64_t frames)
+Result<void> CopyFile::write(std::span<std::uint8_t> packet, std::int64_t time, std::int64_t frames)
 {
-    // The muxer only reads what it is given, and keeps nothing of it.
-    m_packet->data = const_cast<std::uint8_t*>(packet.data());
+    // The muxer keeps nothing of it.
+    m_packet->data = packet.data();
     m_packet->size = static_cast<int>(packet.size());
     m_packet->stream_index = audioStream;
     m_packet->flags = AV_PKT_FLAG_KEY;

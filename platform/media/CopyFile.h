@@ -28,8 +28,9 @@ public:
     [[nodiscard]] static Result<CopyFile> create(const QString& path, Container container,
         const AVCodecParameters& codec, int sampleRate, const std::optional<TakeTags>& tags);
 
-    /// Writes the next packet of the audio. Time and length are frames; encoders that look ahead begin before 0.
-    [[nodiscard]] Result<void> write(std::span<const std::uint8_t> packet, std::int64_t time, std::int64_t frames);
+    /// Writes the next packet of the audio, which stays as it is. Time and length are frames; encoders that look ahead
+    /// begin before 0.
+    [[nodiscard]] Result<void> write(std::span<std::uint8_t> packet, std::int64_t time, std::int64_t frames);
     /// What FLAC's header says, known only after the last packet.
     [[nodiscard]] Result<void> writeStreamInfo(std::span<const std::uint8_t> streamInfo);
     /// Writes what is known only now, and closes the file. Once.

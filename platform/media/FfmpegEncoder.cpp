@@ -93,10 +93,11 @@ namespace {
                     // Both in one, which begins as the one before began, and so brings the same packets up to here.
                     m_stretch.last = stretch.last;
                     auto whole = m_recode(m_stretch);
-                    if (whole) {
-                        m_piece = *std::move(whole);
+                    if (!whole) {
+                        return std::unexpected(std::move(whole.error()));
                     }
-                    return whole ? Result<void>() : std::unexpected(std::move(whole.error()));
+                    m_piece = *std::move(whole);
+                    return {};
                 }
                 if (auto written = m_sink.add(m_piece, m_next, *joint); !written) {
                     return written;

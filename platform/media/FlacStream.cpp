@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <ranges>
 
 extern "C" {
 #include <libavutil/crc.h>
@@ -65,8 +66,8 @@ namespace {
 
     void putBigEndian(std::span<std::uint8_t> out, std::uint64_t value)
     {
-        for (auto byte = out.rbegin(); byte != out.rend(); ++byte) {
-            *byte = static_cast<std::uint8_t>(value);
+        for (std::uint8_t& byte : std::views::reverse(out)) {
+            byte = static_cast<std::uint8_t>(value);
             value >>= 8U;
         }
     }

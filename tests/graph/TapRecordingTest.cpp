@@ -56,7 +56,8 @@ namespace {
         {{"TheStreamMoves"}, [](auto& test) { test.moveToHeadphones(); }, false},
         {{"TheStreamIsUnlinked"}, [](auto& test) { test.unlink(u"deck"_s, u"speakers"_s); }, false},
         {{"LongerCycles"}, [](auto& test) { test.setQuantum(2048); }},
-        {{"ShorterCycles"}, [](auto& test) { test.setQuantum(256); }},
+        // No shorter: without real-time scheduling, two tests at a time make the graph itself late at 256.
+        {{"ShorterCycles"}, [](auto& test) { test.setQuantum(512); }},
     };
 
 }  // namespace
