@@ -3,7 +3,6 @@
 
 #include "core/analysis/KeptAnalysis.h"
 #include "core/analysis/TakeAnalysis.h"
-#include "core/foundation/Files.h"
 #include "core/foundation/Result.h"
 #include "tool/SignalWatch.h"
 
@@ -17,7 +16,6 @@ namespace vantiro::TakeFiles {
 /// The folder that a call names, or that of the settings. Fails with a sentence if it is not there.
 [[nodiscard]] Result<QString> folder(const std::optional<QString>& named);
 
-using files::isSame;
 using KeptAnalysis::isKept;
 
 /// What there is in a take or in any other file with audio, with a bar of the progress under this title if a person

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/capture/TakeHeader.h"
 #include "core/capture/TakeRepair.h"
+#include "core/foundation/Files.h"
 #include "core/recorder/RecorderLock.h"
 #include "core/recorder/RecorderStateStore.h"
 #include "core/recorder/VantiroPaths.h"
@@ -83,7 +84,7 @@ int takesCommand(const QStringList& words)
     TakesView view{.folder = *folder, .takes = Takes::list(*folder)};
     if (const auto running = RecorderStateStore::running()) {
         const auto recording = std::ranges::find_if(
-            view.takes, [&running](const Take& take) { return TakeFiles::isSame(take.path, running->path); });
+            view.takes, [&running](const Take& take) { return files::isSame(take.path, running->path); });
         view.recordingPath = recording == view.takes.end() ? std::nullopt : std::optional(recording->path);
     } else if (!view.takes.empty()) {
         mend(view);
