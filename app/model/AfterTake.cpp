@@ -64,10 +64,12 @@ void AfterTake::withInbox(const QString& take, std::function<void(const std::opt
     if (!m_inboxSought.insert(take).second) {
         return;
     }
+    m_model.setSeeksInbox(true);
     m_services.scheduler.background(
         Scheduler::Work::lasting, [choice = m_model.musicInboxChoice()] { return MusicInbox::locateInbox(choice); },
         m_guard([this, take, done = std::move(done)](const std::optional<QString>& inbox) {
             m_inboxSought.erase(take);
+            m_model.setSeeksInbox(!m_inboxSought.empty());
             if (!isBusy(take)) {
                 done(inbox);
             }

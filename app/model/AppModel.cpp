@@ -17,7 +17,8 @@ AppModel::AppModel(std::unique_ptr<SettingsStore> store, SourceMemory memory, Tr
     , m_history(historyLength, meterFloorDB)
 {
     m_lastKnownName = tr("No source");
-    m_sourceName.setBinding([this] { return nameOfSelection(); });
+    // A name is a stranger's, and it stands on one line.
+    m_sourceName.setBinding([this] { return nameOfSelection().simplified(); });
     m_deckState.setBinding([this] { return stateOfDeck(); });
     m_headline.setBinding([this] { return lineOfFindings(); });
 }
@@ -30,9 +31,13 @@ void AppModel::setRecorder(const std::optional<RecorderState>& recorder)
     const auto frames = [](const RecorderState& state) { return state.stats ? state.stats->frames : 0; };
     const bool isSame = old.has_value() == recorder.has_value()
         && (!old || (old->pid == recorder->pid && old->path == recorder->path && frames(*old) == frames(*recorder)));
-    if (!isSame) {
-        m_recorder = recorder;
+    if (isSame) {
+        return;
     }
+    if (recorder) {
+        setTakeStats(recorder->stats);
+    }
+    m_recorder = recorder;
 }
 
 void AppModel::pushHistory(float peakDB)
@@ -117,6 +122,13 @@ void AppModel::removeReadingOverview(const QString& take)
     if (m_readingOverviews.erase(take) > 0) {
         Q_EMIT readingOverviewsChanged();
     }
+}
+
+std::optional<Take> AppModel::newestTake() const
+{
+    const auto& takes = m_takes.value();
+    const auto newest = std::ranges::max_element(takes, {}, &Take::created);
+    return newest == takes.end() ? std::nullopt : std::optional(*newest);
 }
 
 std::optional<RankedSource> AppModel::selectedRanked() const

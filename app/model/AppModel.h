@@ -11,6 +11,7 @@
 #include "core/sources/Preflight.h"
 #include "core/sources/SourceMemory.h"
 #include "core/sources/SourceRanker.h"
+#include "core/takes/Take.h"
 
 #include <QObject>
 #include <QProperty>
@@ -31,7 +32,7 @@ namespace vantiro {
 /// has tells nobody. It is state and nothing else; the flows beside it do the work. Main thread only.
 ///
 /// There is no "recording" flag: `recorder` is present as long as a take runs.
-class AppModel final : public AppSettings {
+class AppModel final : public vantiro::AppSettings {
     Q_OBJECT
     Q_PROPERTY(bool selectionIsManual READ selectionIsManual NOTIFY selectionIsManualChanged)
     Q_PROPERTY(bool detecting READ detecting NOTIFY detectingChanged)
@@ -40,6 +41,7 @@ class AppModel final : public AppSettings {
     Q_PROPERTY(bool showsTakes READ showsTakes WRITE setShowsTakes NOTIFY showsTakesChanged)
     Q_PROPERTY(bool showsSettings READ showsSettings WRITE setShowsSettings NOTIFY showsSettingsChanged)
     Q_PROPERTY(QString menuBarElapsed READ menuBarElapsed NOTIFY menuBarElapsedChanged)
+    Q_PROPERTY(bool takesRead READ takesRead NOTIFY takesReadChanged)
     Q_PROPERTY(QString sourceName READ sourceName NOTIFY sourceNameChanged)
 
 public:
@@ -94,6 +96,15 @@ public:
     [[nodiscard]] const std::optional<RecorderState>& recorder() const { return m_recorder.value(); }
     /// Tells of another take, of its end, and of frames that came; not of every figure.
     void setRecorder(const std::optional<RecorderState>& recorder);
+    /// The figures of the running take, or of the last one that was seen running.
+    [[nodiscard]] const std::optional<CaptureStats>& takeStats() const { return m_takeStats.value(); }
+    void setTakeStats(const std::optional<CaptureStats>& stats) { m_takeStats = stats; }
+    /// What is in the takes folder, newest first, without the running take.
+    [[nodiscard]] const std::vector<Take>& takes() const { return m_takes.value(); }
+    void setTakes(std::vector<Take> takes) { m_takes = std::move(takes); }
+    /// The takes folder has been read, so that no takes means that there are none.
+    [[nodiscard]] bool takesRead() const { return m_takesRead; }
+    void setTakesRead(bool read) { m_takesRead = read; }
     [[nodiscard]] const MeterLevels& levels() const { return m_levels.value(); }
     void setLevels(const MeterLevels& levels) { m_levels = levels; }
     /// Peaks in dB, the newest last.
@@ -134,6 +145,9 @@ public:
     [[nodiscard]] const std::map<QString, double>& exporting() const { return m_exporting; }
     /// Absent means that the work for this take is over.
     void setExporting(const QString& take, std::optional<double> progress);
+    /// The music library is being looked for, so that more takes may be copied.
+    [[nodiscard]] bool seeksInbox() const { return m_seeksInbox; }
+    void setSeeksInbox(bool seeks) { m_seeksInbox = seeks; }
     /// The shapes of takes, by path, as far as they have been read.
     [[nodiscard]] const std::map<QString, TakeOverview>& overviews() const { return m_overviews; }
     void setOverview(const QString& take, TakeOverview overview);
@@ -146,6 +160,8 @@ public:
 
     /// What to call the selected source, also when it has vanished; "No source" without one.
     [[nodiscard]] const QString& sourceName() const { return m_sourceName.value(); }
+    /// The first of those that were recorded last.
+    [[nodiscard]] std::optional<Take> newestTake() const;
     /// The selected source's place in the list.
     [[nodiscard]] std::optional<RankedSource> selectedRanked() const;
     [[nodiscard]] DeckState deckState() const { return m_deckState.value(); }
@@ -165,6 +181,9 @@ Q_SIGNALS:
     void selectionIsManualChanged();
     void detectingChanged();
     void recorderChanged();
+    void takeStatsChanged();
+    void takesChanged();
+    void takesReadChanged();
     void levelsChanged();
     void historyChanged();
     void findingsChanged();
@@ -178,6 +197,7 @@ Q_SIGNALS:
     void lastKnownNameChanged();
     void meterFormatChanged();
     void exportingChanged();
+    void seeksInboxChanged();
     void overviewsChanged();
     void readingOverviewsChanged();
     void sourceNameChanged();
@@ -204,6 +224,9 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, bool, m_selectionIsManual, &AppModel::selectionIsManualChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, bool, m_detecting, &AppModel::detectingChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, std::optional<RecorderState>, m_recorder, &AppModel::recorderChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppModel, std::optional<CaptureStats>, m_takeStats, &AppModel::takeStatsChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppModel, std::vector<Take>, m_takes, &AppModel::takesChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppModel, bool, m_takesRead, &AppModel::takesReadChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, MeterLevels, m_levels, &AppModel::levelsChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, std::vector<PreflightFinding>, m_findings, &AppModel::findingsChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, std::optional<QString>, m_errorMessage, &AppModel::errorMessageChanged)
@@ -215,6 +238,7 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, bool, m_starting, &AppModel::startingChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, QString, m_lastKnownName, &AppModel::lastKnownNameChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, std::optional<MeterFormat>, m_meterFormat, &AppModel::meterFormatChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppModel, bool, m_seeksInbox, &AppModel::seeksInboxChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, QString, m_sourceName, &AppModel::sourceNameChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, DeckState, m_deckState, &AppModel::deckStateChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, Headline, m_headline, &AppModel::headlineChanged)

@@ -204,7 +204,11 @@ void TakeFlow::pollRecorder()
 
 void TakeFlow::takeEnded(const RecorderState& take)
 {
-    if (const auto sentence = EndingWords::sentence(take.path, m_services.recorder.last())) {
+    const std::optional<RecorderState> last = m_services.recorder.last();
+    if (last && last->path == take.path && last->stats) {
+        m_model.setTakeStats(last->stats);
+    }
+    if (const auto sentence = EndingWords::sentence(take.path, last)) {
         m_model.setError(sentence);
     }
     if (m_afterTake && QFileInfo::exists(take.path)) {

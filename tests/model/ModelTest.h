@@ -88,22 +88,32 @@ protected:
         m_flows.reset();
         m_model = std::make_unique<AppModel>(std::make_unique<SettingsStore>(VantiroPaths::settingsFile()),
             SourceMemory::load(VantiroPaths::sourcesFile()), Trace::fromEnvironment(VantiroPaths::traceFile()), kind);
-        m_flows = std::make_unique<ModelFlows>(*m_model,
-            ModelServices{.audio = m_audio,
-                .permission = m_permission,
-                .scheduler = m_scheduler,
-                .recorder = m_recorder.services(),
-                .reveal = [this](const QString& path) { m_revealed << path; },
-                .listenFor = std::chrono::milliseconds(1)});
+        m_flows = std::make_unique<ModelFlows>(*m_model, services());
         m_flows->start();
         m_scheduler.settle();
     }
-    /// The same, and sources have been listened to.
+    [[nodiscard]] ModelServices services()
+    {
+        return {.audio = m_audio,
+            .permission = m_permission,
+            .scheduler = m_scheduler,
+            .recorder = m_recorder.services(),
+            .reveal = [this](const QString& path) { m_revealed << path; },
+            .listenFor = std::chrono::milliseconds(1)};
+    }
+    /// launch(), and sources have been listened to.
     void launchAndListen()
     {
         launch();
         m_flows->sources().ensureListening();
         m_scheduler.settle();
+    }
+
+    /// That take is seen to run, or that none does any more.
+    void runTake(const std::optional<RecorderState>& take)
+    {
+        m_recorder.running = take;
+        m_flows->takes().pollRecorder();
     }
 
     /// A stereo interface that plays with this sample, 0 for silence.
