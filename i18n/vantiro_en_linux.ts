@@ -51,6 +51,30 @@
     </message>
 </context>
 <context>
+    <name>Figures</name>
+    <message numerus="yes">
+        <source>%1 frames</source>
+        <translation>
+            <numerusform>%1 frame</numerusform>
+            <numerusform>%1 frames</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 blocks</source>
+        <translation>
+            <numerusform>%1 block</numerusform>
+            <numerusform>%1 blocks</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 frames in %2 gaps</source>
+        <translation>
+            <numerusform>%1 frames in %2 gap</numerusform>
+            <numerusform>%1 frames in %2 gaps</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>MusicInbox</name>
     <message>
         <source>There is no Automatically Add to Music folder in %1. In Music, Settings, Files shows where Music keeps its media folder.</source>
@@ -136,6 +160,47 @@
             <numerusform>%1 take, %2 in all, %3, in %4</numerusform>
             <numerusform>%1 takes, %2 in all, %3, in %4</numerusform>
         </translation>
+    </message>
+</context>
+<context>
+    <name>vantiro::Desk</name>
+    <message>
+        <source>Stop and save the take (⌃⌥⌘R)</source>
+        <translation>Stop and save the take (Ctrl+Alt+Super+R)</translation>
+    </message>
+    <message>
+        <source>Record (⌃⌥⌘R)</source>
+        <translation>Record (Ctrl+Alt+Super+R)</translation>
+    </message>
+</context>
+<context>
+    <name>SettingsPane</name>
+    <message>
+        <source>Show in Finder</source>
+        <translation>Show in Files</translation>
+    </message>
+    <message>
+        <source>When a take ends, Finder opens with the file selected.</source>
+        <translation>When a take ends, the file manager opens with the file selected.</translation>
+    </message>
+    <message>
+        <source>Show each take in Finder</source>
+        <translation>Show each take in the file manager</translation>
+    </message>
+    <message>
+        <source>A click in this window asks first. The hotkey and the menu bar stop at once.</source>
+        <translation>A click in this window asks first. The hotkey and the tray stop at once.</translation>
+    </message>
+</context>
+<context>
+    <name>TopStrip</name>
+    <message>
+        <source>Show the takes folder in Finder</source>
+        <translation>Show the takes folder in the file manager</translation>
+    </message>
+    <message>
+        <source>FINDER</source>
+        <translation>FOLDER</translation>
     </message>
 </context>
 </TS>
