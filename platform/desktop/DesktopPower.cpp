@@ -3,6 +3,7 @@
 
 #include "core/foundation/FileDescriptor.h"
 #include "core/foundation/Log.h"
+#include "platform/desktop/ApplicationId.h"
 #include "platform/desktop/Bus.h"
 
 #include <cstdint>
@@ -19,7 +20,6 @@ namespace {
     constexpr const char* logindService = "org.freedesktop.login1";
     constexpr const char* logindPath = "/org/freedesktop/login1";
     constexpr const char* logindInterface = "org.freedesktop.login1.Manager";
-    constexpr const char* applicationId = "org.vantiro.Vantiro";
     /// The session manager's flag for "do not suspend".
     constexpr std::uint32_t inhibitSuspend = 4;
 
