@@ -10,8 +10,8 @@ demo: setup ; cmake --preset release && cmake --build --preset release --target 
 #: make test    builds for work and runs all tests but the long ones
 test: setup ; cmake --preset dev $(CONFIGURE) && cmake --build --preset dev && ctest --preset dev && ctest --preset dev-graph
 
-#: make run     would open the window
-run: ; @echo "Vantiro has no window yet; 'make demo' shows what the recorder does, and build/release/bin/vantiro is the program."
+#: make run     opens the window
+run: setup ; cmake --preset release && cmake --build --preset release --target bin/vantiro-app --target bin/vantiro --target vantiro_media_module && build/release/bin/vantiro-app
 
 #: make check   formatting, warnings, clang-tidy, sanitizers and the long tests
 check: setup ; scripts/check
