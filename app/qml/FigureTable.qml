@@ -13,15 +13,16 @@ Item {
     implicitHeight: Math.round(21.5 * names.length)
 
     Repeater {
-        model: table.names.map((name, place) => ({ figure: table.figures[place] ?? "", name: name }))
+        model: table.names
 
         Item {
             id: row
 
             required property int index
-            required property var modelData
+            required property string modelData
+            readonly property string figure: table.figures[index] ?? ""
 
-            Accessible.name: modelData.name + ", " + modelData.figure
+            Accessible.name: modelData + ", " + figure
             Accessible.role: Accessible.StaticText
             height: 21.5
             width: parent?.width ?? 0
@@ -32,7 +33,7 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 color: Theme.dim
                 font.pixelSize: Theme.helpSize
-                text: row.modelData.name
+                text: row.modelData
             }
 
             TabularText {
@@ -41,7 +42,7 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 color: Theme.ink
                 pixelSize: Theme.helpSize
-                text: row.modelData.figure
+                text: row.figure
             }
         }
     }
