@@ -26,6 +26,35 @@ else()
     target_compile_definitions(vantiro_flags INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
 endif()
 
+# Parsing Qt and the standard library is half of what a source costs to compile: done once, where a build from nothing is
+# what counts. A compiler cache does not get along with it.
+#
+# vantiro_precompiled(TARGET CARRIER): the target's sources begin with the headers of that carrier.
+function(vantiro_precompiled target carrier)
+    if(VANTIRO_PRECOMPILE)
+        target_precompile_headers(${target} REUSE_FROM ${carrier})
+        # PipeWire's headers come with it, and it must be the same for all who share the carrier.
+        target_compile_definitions(${target} PRIVATE _REENTRANT)
+    endif()
+endfunction()
+
+# vantiro_precompiled_carrier(NAME LINKS ... HEADERS ...): parses what all have in common, and the headers that are named.
+function(vantiro_precompiled_carrier name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINKS;HEADERS")
+    if(VANTIRO_PRECOMPILE)
+        file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp "")
+        add_library(${name} OBJECT ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp)
+        target_link_libraries(${name} PRIVATE vantiro::flags Qt6::Core ${arg_LINKS})
+        target_compile_definitions(${name} PRIVATE _REENTRANT)
+        target_precompile_headers(${name} PRIVATE
+            ${arg_HEADERS}
+            <QCoreApplication> <QDateTime> <QDir> <QFile> <QJsonDocument> <QJsonObject> <QList> <QMap> <QObject>
+            <QProcess> <QProperty> <QString>
+            <algorithm> <atomic> <chrono> <expected> <functional> <map> <memory> <numbers> <optional> <random> <ranges>
+            <span> <string> <thread> <variant> <vector>)
+    endif()
+endfunction()
+
 # vantiro_library(NAME SOURCES ... HEADERS ... LINKS ...): one static library for one folder, known as vantiro::NAME.
 # Headers are included from the project's root and checked to compile alone.
 function(vantiro_library name)
@@ -34,6 +63,7 @@ function(vantiro_library name)
     add_library(vantiro::${name} ALIAS vantiro_${name})
     target_sources(vantiro_${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_HEADERS})
     target_link_libraries(vantiro_${name} PUBLIC Qt6::Core ${arg_LINKS} PRIVATE vantiro::flags ${arg_PRIVATE_LINKS})
+    vantiro_precompiled(vantiro_${name} vantiro_precompiled_library)
     if(VANTIRO_WERROR)
         set_target_properties(vantiro_${name} PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON)
     endif()
