@@ -28,6 +28,11 @@ public:
     {
         return std::unexpected(ENODEV);
     }
+    [[nodiscard]] std::expected<std::unique_ptr<PlaybackStream>, int> openPlayback(
+        const PlaybackStream::Request& /*request*/, PlaybackSource& /*source*/) override
+    {
+        return std::unexpected(ENODEV);
+    }
     [[nodiscard]] std::unique_ptr<HardwareWatch> watch(std::function<void()> /*onChange*/) override { return nullptr; }
 };
 

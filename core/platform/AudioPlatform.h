@@ -3,6 +3,7 @@
 
 #include "core/foundation/Result.h"
 #include "core/platform/AudioBlock.h"
+#include "core/platform/Playback.h"
 #include "core/sources/AudioDevice.h"
 #include "core/sources/AudioProcess.h"
 
@@ -132,6 +133,11 @@ public:
     /// Makes a device of what a program plays; its other listeners notice nothing. The failure is a positive errno.
     [[nodiscard]] virtual std::expected<std::unique_ptr<AudioTap>, int> openTap(
         const AudioProcess& process, const AudioTap::Request& request) = 0;
+
+    /// Opens an output that asks `source` for audio from now on; the source outlives the stream. Waits for nobody:
+    /// whether anything listens is told by the source being asked. The failure is a positive errno.
+    [[nodiscard]] virtual std::expected<std::unique_ptr<PlaybackStream>, int> openPlayback(
+        const PlaybackStream::Request& request, PlaybackSource& source) = 0;
 
     /// Calls `onChange` on a thread of the platform after a device or a program came, went or changed.
     [[nodiscard]] virtual std::unique_ptr<HardwareWatch> watch(std::function<void()> onChange) = 0;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/pipewire/DeviceList.h"
 
+#include "core/foundation/CleanText.h"
+
 #include <QDir>
 #include <QFile>
 #include <QHash>
@@ -14,7 +16,6 @@ namespace {
 
     using namespace Qt::StringLiterals;
 
-    constexpr qsizetype longestText = 200;
     constexpr std::int64_t usualChannels = 2;
 
     /// What a node says of itself, or else what its card says.
@@ -156,18 +157,6 @@ namespace {
 
 }  // namespace
 
-QString cleanText(const QString& text)
-{
-    QString clean;
-    // Cut between characters: half of one would be shown as a wrong one.
-    for (const char32_t character : text.left(2 * longestText).toUcs4() | std::views::take(longestText)) {
-        if (QChar::isPrint(character)) {
-            clean += QString::fromUcs4(&character, 1);
-        }
-    }
-    return clean.trimmed();
-}
-
 QString uidFromName(const QString& name)
 {
     QString uid;
@@ -182,6 +171,14 @@ QString uidFromName(const QString& name)
         }
     }
     return uid;
+}
+
+QString nameFromUid(const QString& uid)
+{
+    const qsizetype mark = uid.lastIndexOf(u'#');
+    bool isNumbered = false;
+    uid.mid(mark + 1).toUInt(&isNumbered);
+    return mark > 0 && isNumbered ? QString() : QString::fromUtf8(QByteArray::fromPercentEncoding(uid.toUtf8()));
 }
 
 std::vector<Entry> entries(const GraphSnapshot& graph)

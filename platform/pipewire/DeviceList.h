@@ -21,11 +21,10 @@ struct Entry {
 /// nodes both. The UID is the node's name, with `#2`, `#3` for further nodes of one name. Any thread.
 [[nodiscard]] std::vector<Entry> entries(const GraphSnapshot& graph);
 
-/// A text of a stranger made fit to be shown and written: valid, without control characters, at most 200 characters.
-[[nodiscard]] QString cleanText(const QString& text);
-
 /// A node's name as the text of a UID: `|`, `%`, control characters and the colon of a leading "app:" as %XX, so that
 /// it never collides with an application's descriptor.
 [[nodiscard]] QString uidFromName(const QString& name);
+/// The name of the node that a UID stands for; empty for a further node of one name, which a name does not tell apart.
+[[nodiscard]] QString nameFromUid(const QString& uid);
 
 }  // namespace vantiro::DeviceList

@@ -5,6 +5,7 @@
 #include "platform/pipewire/DeviceWatch.h"
 #include "platform/pipewire/FilterStream.h"
 #include "platform/pipewire/GraphMirror.h"
+#include "platform/pipewire/PlaybackOutput.h"
 #include "platform/pipewire/ProgramList.h"
 #include "platform/pipewire/TapPlan.h"
 #include "platform/pipewire/TapRegister.h"
@@ -36,6 +37,17 @@ namespace {
             return std::nullopt;
         }
         return static_cast<int>(rate);
+    }
+
+    /// How a stream names the node that it wants. A name still counts when a device was away and came back; a serial
+    /// tells nodes of one name apart.
+    std::string targetFor(const GraphSnapshot& graph, const GraphNode& node)
+    {
+        const QString key = QStringLiteral("node.name");
+        const QString name = node.properties.value(key);
+        const auto bearers = std::ranges::count_if(
+            graph.nodes, [&](const GraphNode& other) { return other.properties.value(key) == name; });
+        return bearers == 1 ? name.toStdString() : std::to_string(node.serial);
     }
 
 }  // namespace
@@ -179,6 +191,18 @@ std::expected<std::unique_ptr<AudioTap>, int> PipeWireAudio::openTap(
             .inputChannels = request.channels,
             .sampleRate = devices.empty() ? graph->graphRate : devices.front().sampleRate,
             .inputTerminal = QStringLiteral("unknown")}});
+}
+
+std::expected<std::unique_ptr<PlaybackStream>, int> PipeWireAudio::openPlayback(
+    const PlaybackStream::Request& request, PlaybackSource& source)
+{
+    const auto graph = m_mirror->snapshot();
+    const auto entry = request.output.isEmpty() ? std::nullopt : entryFor(*graph, request.output);
+    const GraphNode* node = entry ? graph->nodeWithSerial(entry->serial) : nullptr;
+    // An output that is not there takes the sound over when it comes.
+    const std::string target =
+        node == nullptr ? DeviceList::nameFromUid(request.output).toStdString() : targetFor(*graph, *node);
+    return PlaybackOutput::open(m_mirror, request, target, source);
 }
 
 std::unique_ptr<HardwareWatch> PipeWireAudio::watch(std::function<void()> onChange)

@@ -29,6 +29,8 @@ public:
     [[nodiscard]] std::vector<AudioDevice> outputDevices(const AudioProcess& process) override;
     [[nodiscard]] std::expected<std::unique_ptr<AudioTap>, int> openTap(
         const AudioProcess& process, const AudioTap::Request& request) override;
+    [[nodiscard]] std::expected<std::unique_ptr<PlaybackStream>, int> openPlayback(
+        const PlaybackStream::Request& request, PlaybackSource& source) override;
     [[nodiscard]] std::unique_ptr<HardwareWatch> watch(std::function<void()> onChange) override;
 
 private:

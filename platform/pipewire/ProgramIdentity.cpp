@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/pipewire/ProgramIdentity.h"
 
-#include "platform/pipewire/DeviceList.h"
+#include "core/foundation/CleanText.h"
 
 #include <QDir>
 #include <QFile>
@@ -31,7 +31,7 @@ namespace {
     QString claim(const GraphProperties& client, const GraphProperties& node, const QString& key)
     {
         const QString own = client.value(key);
-        return DeviceList::cleanText(own.isEmpty() ? node.value(key) : own);
+        return cleanText(own.isEmpty() ? node.value(key) : own);
     }
 
     /// A unit's name keeps `-` for itself and writes it, as each byte outside of ASCII, as `\x2d` in an application's
@@ -147,7 +147,7 @@ QString ProgramLookup::desktopIdFromCgroup(std::int32_t pid) const
     for (const QByteArray& line : contents(u"%1/%2/cgroup"_s.arg(m_places.processes).arg(pid)).split('\n')) {
         const QString id = idInUnit(QString::fromUtf8(line.mid(line.lastIndexOf('/') + 1)));
         if (!id.isEmpty()) {
-            return DeviceList::cleanText(id);
+            return cleanText(id);
         }
     }
     return {};
@@ -163,23 +163,22 @@ QString ProgramLookup::programName(std::int32_t pid) const
     if (program.startsWith("wine"_L1)) {
         for (const QString& word : words) {
             if (word.endsWith(".exe"_L1, Qt::CaseInsensitive)) {
-                return DeviceList::cleanText(lastPart(word).chopped(4));
+                return cleanText(lastPart(word).chopped(4));
             }
         }
     }
     if (isInterpreter(program)) {
         for (const QString& word : words.mid(1)) {
             if (!word.startsWith(u'-') && !word.isEmpty()) {
-                return DeviceList::cleanText(lastPart(word));
+                return cleanText(lastPart(word));
             }
         }
     }
     if (program.isEmpty()) {
         // The link of another user's process cannot be read; its short name can.
-        return DeviceList::cleanText(
-            QString::fromUtf8(contents(u"%1/%2/comm"_s.arg(m_places.processes).arg(pid))).trimmed());
+        return cleanText(QString::fromUtf8(contents(u"%1/%2/comm"_s.arg(m_places.processes).arg(pid))).trimmed());
     }
-    return DeviceList::cleanText(program);
+    return cleanText(program);
 }
 
 QString ProgramLookup::desktopEntryName(const QString& id) const
@@ -193,7 +192,7 @@ QString ProgramLookup::desktopEntryName(const QString& id) const
             if (line.startsWith('[')) {
                 inEntry = line.trimmed() == "[Desktop Entry]";
             } else if (inEntry && line.startsWith("Name=")) {
-                return DeviceList::cleanText(QString::fromUtf8(line.mid(5)));
+                return cleanText(QString::fromUtf8(line.mid(5)));
             }
         }
     }

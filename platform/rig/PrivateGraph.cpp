@@ -260,6 +260,23 @@ void PrivateGraph::applyEnvironment() const
     }
 }
 
+Result<void> PrivateGraph::givePortsToStreams()
+{
+    const QString folder = qEnvironmentVariable("XDG_CONFIG_HOME");
+    if (folder.isEmpty()) {
+        return captureFailure(QStringLiteral("There is no folder for the configuration of streams."));
+    }
+    for (const QString& client : {QStringLiteral("client"), QStringLiteral("client-rt")}) {
+        auto written = files::replace(folder + QStringLiteral("/pipewire/%1.conf.d/ports.conf").arg(client),
+            "stream.properties = { adapter.auto-port-config = { mode = dsp position = preserve } }",
+            files::Durability::passing);
+        if (!written) {
+            return written;
+        }
+    }
+    return {};
+}
+
 QString PrivateGraph::socketPath() const
 {
     return m_daemon->path(GraphConfiguration::socketName);

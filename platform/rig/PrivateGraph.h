@@ -55,6 +55,10 @@ public:
     [[nodiscard]] QList<Variable> environment() const;
     /// Puts environment() into this process's own environment. Before other threads read it.
     void applyEnvironment() const;
+    /// Lets streams of programs that start from here on have ports, as a session manager does elsewhere. That stands in
+    /// the folder of XDG_CONFIG_HOME, which has to be one of the test's own. Before other threads change the
+    /// environment.
+    [[nodiscard]] static Result<void> givePortsToStreams();
     /// The absolute path of the daemon's socket. Any thread.
     [[nodiscard]] QString socketPath() const;
     /// The daemon's process id, or 0 while none runs.

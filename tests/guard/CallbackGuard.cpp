@@ -4,6 +4,7 @@
 #include "tests/guard/SystemCallTrap.h"
 
 #include <pipewire/filter.h>
+#include <pipewire/stream.h>
 
 #include <array>
 #include <atomic>
@@ -24,6 +25,7 @@ namespace vantiro::callbackGuard {
 namespace {
 
     using Process = void (*)(void*, spa_io_position*);
+    using StreamProcess = void (*)(void*);
 
     enum class Probe {
         none,
@@ -39,6 +41,7 @@ namespace {
 
     constinit thread_local bool inside __attribute__((tls_model("initial-exec"))) = false;
     constinit std::atomic<Process> guarded{nullptr};
+    constinit std::atomic<StreamProcess> guardedStream{nullptr};
     constinit std::atomic<long> callbacks{0};
     constinit std::atomic<Probe> probe{Probe::none};
     constinit pthread_mutex_t probeMutex = PTHREAD_MUTEX_INITIALIZER;
@@ -94,18 +97,46 @@ namespace {
         }
     }
 
-    void processGuarded(void* data, spa_io_position* position)
+    template <class Call>
+    void runGuarded(Call call)
     {
         prepareSystemCallTrap();
-        const Process process = guarded.load();
         const bool isProbed = callbacks.fetch_add(1) + 1 == probedCallback;
         const Probe probing = isProbed ? probe.load() : Probe::none;
         inside = true;
         forbidSystemCalls();
         strike(probing);
-        process(data, position);
+        call();
         allowSystemCalls();
         inside = false;
+    }
+
+    void processGuarded(void* data, spa_io_position* position)
+    {
+        runGuarded([&] { guarded.load()(data, position); });
+    }
+
+    void processStreamGuarded(void* data)
+    {
+        runGuarded([&] { guardedStream.load()(data); });
+    }
+
+    /// A copy of the events in which the guard stands around the callback. PipeWire keeps its address for the life of
+    /// the listener, and a program has only a few.
+    template <class Events, class Function>
+    const Events* withGuard(const Events& events, std::atomic<Function>& slot, Function stand)
+    {
+        auto* table = new Events(events);
+        if (table->process != nullptr) {
+            Function none = nullptr;
+            if (!slot.compare_exchange_strong(none, table->process) && none != table->process) {
+                print("callback guard: a second kind of callback, which it has no place for\n");
+                std::abort();
+            }
+            probe.store(wantedProbe());
+            table->process = stand;
+        }
+        return table;
     }
 
     __attribute__((destructor)) void tellCount()
@@ -138,23 +169,21 @@ void violated(const char* what) noexcept
 
 }  // namespace vantiro::callbackGuard
 
-/// Stands before PipeWire's own function and puts the guard around the callback.
+/// Both stand before PipeWire's own functions and put the guard around the callback.
 extern "C" __attribute__((visibility("default"))) void pw_filter_add_listener(
     pw_filter* filter, spa_hook* listener, const pw_filter_events* events, void* data)
 {
     using namespace vantiro::callbackGuard;
 
     const auto real = reinterpret_cast<decltype(&pw_filter_add_listener)>(::dlsym(RTLD_NEXT, "pw_filter_add_listener"));
-    // PipeWire keeps the table's address for the life of the listener, and a program has only a few.
-    auto* table = new pw_filter_events(*events);
-    if (table->process != nullptr) {
-        Process none = nullptr;
-        if (!guarded.compare_exchange_strong(none, table->process) && none != table->process) {
-            print("callback guard: a second kind of callback, which it has no place for\n");
-            std::abort();
-        }
-        probe.store(wantedProbe());
-        table->process = processGuarded;
-    }
-    real(filter, listener, table, data);
+    real(filter, listener, withGuard(*events, guarded, processGuarded), data);
+}
+
+extern "C" __attribute__((visibility("default"))) void pw_stream_add_listener(
+    pw_stream* stream, spa_hook* listener, const pw_stream_events* events, void* data)
+{
+    using namespace vantiro::callbackGuard;
+
+    const auto real = reinterpret_cast<decltype(&pw_stream_add_listener)>(::dlsym(RTLD_NEXT, "pw_stream_add_listener"));
+    real(stream, listener, withGuard(*events, guardedStream, processStreamGuarded), data);
 }

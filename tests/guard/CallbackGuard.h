@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-/// A library that is loaded before all others (LD_PRELOAD) into a program that records, and that watches what its audio
-/// callback does. The first call there that could block ends the program with a message and the way that led to it.
+/// A library that is loaded before all others (LD_PRELOAD) into a program that records or plays, and that watches what
+/// its audio callback does. The first call there that could block ends the program with a message and the way that led
+/// to it.
 ///
 /// At the program's end it tells on standard error how many callbacks it watched. The environment variable
 /// VANTIRO_GUARD_PROBE makes the guard itself do something inside one of the callbacks: what is forbidden (malloc,

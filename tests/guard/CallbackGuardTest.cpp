@@ -91,6 +91,24 @@ TEST_F(CallbackGuard, FindsNothingInTheRecordersCallback)
     }
 }
 
+// The test that is run has no callback but the player's.
+TEST_F(CallbackGuard, FindsNothingInThePlayersCallback)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"LD_PRELOAD"_s, QStringLiteral(VANTIRO_CALLBACK_GUARD));
+    environment.insert(u"VANTIRO_GUARD_PROBE"_s, u"clock"_s);
+    QProcess player;
+    player.setProcessEnvironment(environment);
+    player.start(
+        QStringLiteral(VANTIRO_PLAYBACK_TEST), {u"--gtest_filter=PlaybackTest.IsNobodysSourceAndNobodysUse"_s});
+    EXPECT_TRUE(player.waitForFinished());
+    const QString errors = QString::fromLocal8Bit(player.readAllStandardError());
+    EXPECT_EQ(player.exitStatus(), QProcess::NormalExit) << qPrintable(errors);
+    EXPECT_EQ(player.exitCode(), 0) << player.readAllStandardOutput().constData();
+    EXPECT_FALSE(errors.contains(u"inside the audio callback"_s)) << qPrintable(errors);
+    EXPECT_GT((Run{.errors = errors}.watchedCallbacks()), 20) << qPrintable(errors);
+}
+
 TEST_F(CallbackGuard, BitesWhateverIsForbidden)
 {
     struct Case {

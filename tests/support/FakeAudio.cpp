@@ -271,6 +271,24 @@ std::expected<std::unique_ptr<AudioTap>, int> FakeAudio::openTap(
     return std::make_unique<Tap>(*this, request.uid);
 }
 
+std::expected<std::unique_ptr<PlaybackStream>, int> FakeAudio::openPlayback(
+    const PlaybackStream::Request& request, PlaybackSource& source)
+{
+    const auto lock = locked();
+    if (playbackStatus != 0) {
+        return std::unexpected(playbackStatus.load());
+    }
+    m_output = std::make_shared<FakeOutput>(request);
+    ++outputsOpened;
+    return FakeOutput::openStream(m_output, source);
+}
+
+std::shared_ptr<FakeOutput> FakeAudio::output() const
+{
+    const auto lock = locked();
+    return m_output;
+}
+
 std::unique_ptr<HardwareWatch> FakeAudio::watch(std::function<void()> onChange)
 {
     const auto lock = locked();

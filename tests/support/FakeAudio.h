@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/platform/AudioPlatform.h"
+#include "tests/support/FakeOutput.h"
 
 #include <atomic>
 #include <map>
@@ -93,6 +94,14 @@ public:
     std::expected<std::unique_ptr<AudioTap>, int> openTap(
         const AudioProcess& process, const AudioTap::Request& request) override;
 
+    std::atomic<int> playbackStatus{0};  ///< What each output fails to open with.
+    std::atomic<int> outputsOpened{0};   ///< So far.
+
+    std::expected<std::unique_ptr<PlaybackStream>, int> openPlayback(
+        const PlaybackStream::Request& request, PlaybackSource& source) override;
+    /// The output that was opened last, also when it is closed again; null if none was.
+    [[nodiscard]] std::shared_ptr<FakeOutput> output() const;
+
     std::unique_ptr<HardwareWatch> watch(std::function<void()> onChange) override;
     /// Tells the watches that something changed; devices that come and go do so by themselves.
     void tellWatches();
@@ -103,6 +112,7 @@ private:
     [[nodiscard]] std::shared_ptr<FakeSource> find(const QString& uid) const;
 
     std::vector<std::shared_ptr<FakeSource>> m_sources;
+    std::shared_ptr<FakeOutput> m_output;
     std::map<const Watch*, std::function<void()>> m_watches;
 };
 
