@@ -37,7 +37,11 @@ namespace {
 
 std::unique_ptr<BusLink> BusLink::open(BusKind kind)
 {
-    Bus bus = openBus(kind);
+    return adopt(openBus(kind));
+}
+
+std::unique_ptr<BusLink> BusLink::adopt(Bus bus)
+{
     if (!bus || sd_bus_get_fd(bus.get()) < 0) {
         return nullptr;
     }

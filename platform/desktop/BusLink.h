@@ -27,6 +27,8 @@ public:
 
     /// Nothing if there is no such bus.
     [[nodiscard]] static std::unique_ptr<BusLink> open(BusKind kind);
+    /// Serves a connection from here on; nothing if it is none.
+    [[nodiscard]] static std::unique_ptr<BusLink> adopt(Bus bus);
     ~BusLink() override;
 
     [[nodiscard]] sd_bus* bus() const { return m_bus.get(); }

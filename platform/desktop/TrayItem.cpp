@@ -68,7 +68,10 @@ namespace {
 
     int press(sd_bus_message* call, void* item, sd_bus_error* /*error*/)
     {
-        Q_EMIT static_cast<TrayItem*>(item)->pressed();
+        std::int32_t x = 0;
+        std::int32_t y = 0;
+        sd_bus_message_read(call, "ii", &x, &y);
+        Q_EMIT static_cast<TrayItem*>(item)->pressed({x, y});
         return sd_bus_reply_method_return(call, "");
     }
 

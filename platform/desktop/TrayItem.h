@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QObject>
+#include <QPoint>
 #include <QString>
 
 #include <cstdint>
@@ -58,8 +59,8 @@ public:
     [[nodiscard]] std::uint32_t menuRevision() const { return m_menuRevision; }
 
 Q_SIGNALS:
-    /// The item was pressed.
-    void pressed();
+    /// The item was pressed, at that place of the screen as the host tells it.
+    void pressed(const QPoint& place);
     /// An entry of the menu was chosen.
     void chosen(std::int32_t entry);
     /// The host took the item, or did not, or the item's connection ended.
