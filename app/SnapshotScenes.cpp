@@ -102,7 +102,7 @@ namespace {
     }
 
     /// Twenty seconds of a beat with a voice in it, up to this peak.
-    void play(AppModel& model, float peakDB)
+    void hear(AppModel& model, float peakDB, void (AppModel::*push)(float) = &AppModel::pushHistory)
     {
         constexpr double beat = 60.0 / 126;
         std::minstd_rand random;
@@ -113,7 +113,7 @@ namespace {
             const double kick = 6.5 * std::exp(-14 * sinceBeat);
             const double voice = 2.4 * std::sin(2 * std::numbers::pi * time / 6.1);
             const double level = std::min(0.0, -8 + kick + voice + grain(random));
-            model.pushHistory(peakDB + static_cast<float>(level));
+            (model.*push)(peakDB + static_cast<float>(level));
         }
     }
 
@@ -150,7 +150,7 @@ namespace {
     {
         connectSource(model, 2);
         setFindings(model, {Check::level, Severity::ok, u"Peaks at -6.4 dB"_s});
-        play(model, -6.4F);
+        hear(model, -6.4F);
         model.setLevels({.left = -8.6F, .right = -9.4F, .holdLeft = -6.4F, .holdRight = -7.1F});
         record(model, 42min + 17s, -6.4F);
     }
@@ -161,9 +161,32 @@ namespace {
         setFindings(model,
             {Check::level, Severity::blocker, u"Clipping: the signal reaches 0 dB"_s,
                 u"Turn the master down on the controller or mixer."_s});
-        play(model, 0);
+        hear(model, 0);
         model.setLevels({.left = -0.2F, .right = -1.1F, .holdLeft = 0, .holdRight = -0.3F, .clipped = true});
         record(model, 1h + 2min + 47s, 0);
+    }
+
+    /// The newest take is on the deck, at that place.
+    void play(AppModel& model, double seconds)
+    {
+        hear(model, -5.2F, &AppModel::pushPlaybackHistory);
+        model.setPlaybackLevels({.left = -7.9F, .right = -8.8F, .holdLeft = -5.2F, .holdRight = -6});
+        model.setPlaybackLength(model.takes().front().seconds);
+        model.setPlaybackPosition(seconds);
+        model.setPlaying(model.takes().front());
+    }
+
+    void deckPlaying(AppModel& model)
+    {
+        deckReady(model);
+        play(model, 25 * 60 + 4);
+    }
+
+    void deckPaused(AppModel& model)
+    {
+        deckReady(model);
+        play(model, 3600 + 12 * 60 + 47);
+        model.setPlaybackPaused(true);
     }
 
     void deckNoSource(AppModel& model)
@@ -178,7 +201,7 @@ namespace {
         setFindings(model,
             {Check::level, Severity::warning, u"Hot: peak -2 dB"_s,
                 u"Two tracks in a blend add a few dB. Bring the master down until one track peaks between -10 and -6 dB."_s});
-        play(model, -1.8F);
+        hear(model, -1.8F);
         model.setLevels({.left = -4.9F, .right = -5.3F, .holdLeft = -1.8F, .holdRight = -2.6F});
         record(model, 1h + 2min + 47s, -1.8F);
     }
@@ -193,6 +216,18 @@ std::vector<SnapshotScene> snapshotScenes()
         {u"deck-clipped"_s, deckClipped},
         {u"deck-no-source"_s, deckNoSource},
         {u"window-advanced"_s, windowAdvanced},
+        {u"deck-playing"_s, deckPlaying},
+        {u"deck-paused"_s, deckPaused},
+        {u"window-playing"_s,
+            [](AppModel& model) {
+                deckPlaying(model);
+                model.setIsAdvanced(true);
+            }},
+        {u"takes-playing"_s,
+            [](AppModel& model) {
+                deckPaused(model);
+                model.setShowsTakes(true);
+            }},
         {u"takes"_s,
             [](AppModel& model) {
                 deckReady(model);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/StartArguments.h"
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 
 namespace vantiro {
@@ -54,7 +56,11 @@ std::expected<StartArguments, QString> StartArguments::read(const QStringList& w
     if (words.contains(QStringLiteral("--gallery"))) {
         return readGallery(words);
     }
-    return StartArguments{};
+    // What is behind the scheme is looked at by whoever opens the link.
+    StartArguments arguments;
+    std::ranges::copy_if(words, std::back_inserter(arguments.links),
+        [](const QString& word) { return word.startsWith(QStringLiteral("vantiro:"), Qt::CaseInsensitive); });
+    return arguments;
 }
 
 }  // namespace vantiro

@@ -55,7 +55,7 @@ void Tray::comeOrGo()
         return;
     }
     connect(m_item.get(), &TrayItem::registered, this, &Tray::registered, Qt::QueuedConnection);
-    connect(m_item.get(), &TrayItem::pressed, this, &Tray::windowWanted, Qt::QueuedConnection);
+    connect(m_item.get(), &TrayItem::pressed, this, &Tray::pressed, Qt::QueuedConnection);
     connect(m_item.get(), &TrayItem::chosen, this, &Tray::choose, Qt::QueuedConnection);
 }
 

@@ -27,6 +27,8 @@ public:
     [[nodiscard]] bool lives() const { return m_lives; }
 
 Q_SIGNALS:
+    /// The item was pressed, at that place of the screen as the host tells it.
+    void pressed(const QPoint& place);
     /// The main window is wanted.
     void windowWanted();
     /// The item came, or went.

@@ -7,6 +7,8 @@
 #include "app/VantiroApp.h"
 #include "core/words/Catalogue.h"
 #include "platform/desktop/ApplicationId.h"
+#include "platform/desktop/Notice.h"
+#include "platform/desktop/SingleInstance.h"
 #include "platform/media/MediaLoader.h"
 
 #include <QGuiApplication>
@@ -14,6 +16,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -25,10 +28,22 @@ namespace {
     std::_Exit(code);
 }
 
-int runApplication()
+/// Where the desktop started the program, nobody reads what it prints.
+int tellOfSilence(int argc, char* argv[])
+{
+    QCoreApplication application(argc, argv);
+    vantiro::installCatalogue(application);
+    const QString sentence = QCoreApplication::translate(
+        "StartClaim", "Vantiro is running and does not answer. End it, then start it again.");
+    QTextStream(stderr) << sentence << Qt::endl;
+    vantiro::Notice::show(sentence);
+    return 1;
+}
+
+int runApplication(vantiro::Bus instance, const QStringList& links)
 {
     // Its end saves the settings.
-    return vantiro::VantiroApp().run();
+    return vantiro::VantiroApp(std::move(instance)).run(links);
 }
 
 }  // namespace
@@ -55,6 +70,21 @@ int main(int argc, char* argv[])
     } else if (arguments->task == Task::gallery) {
         GalleryWindow::prepare(*arguments);
     }
+    StartClaim claim;
+    if (arguments->task == Task::window) {
+        claim = StartClaim::make(arguments->links);
+        if (claim.outcome == StartClaim::Outcome::handedOver) {
+            return 0;
+        }
+        if (claim.outcome == StartClaim::Outcome::unanswered) {
+            return tellOfSilence(argc, argv);
+        }
+        // What is handed over later finds its place in the environment, which stays as large as it is once there are
+        // threads.
+        if (constexpr const char* token = "XDG_ACTIVATION_TOKEN"; !qEnvironmentVariableIsSet(token)) {
+            qputenv(token, {});
+        }
+    }
     QCoreApplication::setApplicationName(QStringLiteral("Vantiro"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VANTIRO_VERSION));
     QGuiApplication::setDesktopFileName(QLatin1StringView(applicationId));
@@ -69,6 +99,6 @@ int main(int argc, char* argv[])
     case Task::gallery:
         return GalleryWindow::run(*arguments);
     default:
-        leaveAtOnce(runApplication());
+        leaveAtOnce(runApplication(std::move(claim.bus), arguments->links));
     }
 }

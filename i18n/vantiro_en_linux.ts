@@ -34,6 +34,13 @@
     </message>
 </context>
 <context>
+    <name>DeckPlayback</name>
+    <message>
+        <source>Vantiro cannot play %1. Show it in Finder and open it in another player: the file may still be fine.</source>
+        <translation>Vantiro cannot play %1. Show it in the file manager and open it in another player: the file may still be fine.</translation>
+    </message>
+</context>
+<context>
     <name>EndingWords</name>
     <message numerus="yes">
         <source>The take has %n gaps, for example where the Mac slept. The rest of the file is intact.</source>
@@ -72,6 +79,17 @@
             <numerusform>%1 frames in %2 gap</numerusform>
             <numerusform>%1 frames in %2 gaps</numerusform>
         </translation>
+    </message>
+</context>
+<context>
+    <name>LoginFlow</name>
+    <message>
+        <source>Move Vantiro to Applications first, then turn on Open at Login.</source>
+        <translation>Move Vantiro to a folder where it stays first, then turn on Open at Login.</translation>
+    </message>
+    <message>
+        <source>macOS did not change the login item: %1</source>
+        <translation>The desktop did not change what starts at login: %1</translation>
     </message>
 </context>
 <context>
@@ -136,6 +154,41 @@
     </message>
 </context>
 <context>
+    <name>SettingsPane</name>
+    <message>
+        <source>Show in Finder</source>
+        <translation>Show in Files</translation>
+    </message>
+    <message>
+        <source>When a take ends, Finder opens with the file selected.</source>
+        <translation>When a take ends, the file manager opens with the file selected.</translation>
+    </message>
+    <message>
+        <source>Show each take in Finder</source>
+        <translation>Show each take in the file manager</translation>
+    </message>
+    <message>
+        <source>Control Option Command R starts and stops a take while your DJ app is in front.</source>
+        <translation>Ctrl+Alt+Super+R starts and stops a take while your DJ app is in front.</translation>
+    </message>
+    <message>
+        <source>A click in this window asks first. The hotkey and the menu bar stop at once.</source>
+        <translation>A click in this window asks first. The hotkey and the tray stop at once.</translation>
+    </message>
+    <message>
+        <source>For Shortcuts, a Stream Deck or a script: vantiro://record, stop, toggle, play. Off by default, because a web page can open such a link too.</source>
+        <translation>For a launcher, a Stream Deck or a script: vantiro://record, stop, toggle, play. Off by default, because a web page can open such a link too.</translation>
+    </message>
+    <message>
+        <source>Show in the menu bar</source>
+        <translation>Show in the tray</translation>
+    </message>
+    <message>
+        <source>Vantiro starts with your Mac.</source>
+        <translation>Vantiro starts when you log in.</translation>
+    </message>
+</context>
+<context>
     <name>ShapeText</name>
     <message numerus="yes">
         <source>Clipped in %n places, %1 samples at full scale</source>
@@ -163,36 +216,6 @@
     </message>
 </context>
 <context>
-    <name>vantiro::Desk</name>
-    <message>
-        <source>Stop and save the take (⌃⌥⌘R)</source>
-        <translation>Stop and save the take (Ctrl+Alt+Super+R)</translation>
-    </message>
-    <message>
-        <source>Record (⌃⌥⌘R)</source>
-        <translation>Record (Ctrl+Alt+Super+R)</translation>
-    </message>
-</context>
-<context>
-    <name>SettingsPane</name>
-    <message>
-        <source>Show in Finder</source>
-        <translation>Show in Files</translation>
-    </message>
-    <message>
-        <source>When a take ends, Finder opens with the file selected.</source>
-        <translation>When a take ends, the file manager opens with the file selected.</translation>
-    </message>
-    <message>
-        <source>Show each take in Finder</source>
-        <translation>Show each take in the file manager</translation>
-    </message>
-    <message>
-        <source>A click in this window asks first. The hotkey and the menu bar stop at once.</source>
-        <translation>A click in this window asks first. The hotkey and the tray stop at once.</translation>
-    </message>
-</context>
-<context>
     <name>TopStrip</name>
     <message>
         <source>Show the takes folder in Finder</source>
@@ -201,6 +224,17 @@
     <message>
         <source>FINDER</source>
         <translation>FOLDER</translation>
+    </message>
+</context>
+<context>
+    <name>vantiro::Desk</name>
+    <message>
+        <source>Stop and save the take (⌃⌥⌘R)</source>
+        <translation>Stop and save the take (Ctrl+Alt+Super+R)</translation>
+    </message>
+    <message>
+        <source>Record (⌃⌥⌘R)</source>
+        <translation>Record (Ctrl+Alt+Super+R)</translation>
     </message>
 </context>
 </TS>

@@ -13,6 +13,8 @@ int recordCommand(const QStringList& words);
 int statusCommand(const QStringList& words);
 /// Ends the running take and shows its account.
 int stopCommand(const QStringList& words);
+/// Starts or stops a take, by the window if it is there.
+int toggleCommand(const QStringList& words);
 /// Lists what can be recorded from, the likeliest first.
 int sourcesCommand(const QStringList& words);
 /// Tells what stands in the way of a take.

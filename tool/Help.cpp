@@ -13,6 +13,7 @@ QString generalHelp()
   vantiro record          find the mix and record it until Ctrl-C, with a live meter
   vantiro status          show the running take
   vantiro stop            end the running take and show its account
+  vantiro toggle          start a take, or end the running one: for a key of your desktop
   vantiro sources         listen to all inputs and DJ apps, and list them, the likeliest to carry the mix first
   vantiro check           tell what stands in the way of a good take: source, level, sample rate, disk
   vantiro takes           list the takes, the newest first; takes left unfinished are mended
@@ -54,6 +55,11 @@ Shows the take that is being recorded. Exit code 1 if none is.)")},
 
 Ends the running take, waits until it is closed, and shows its account. Exit code 1 if no take is running, or if part
 of the take did not reach the disk.)")},
+        {QStringLiteral("toggle"), QStringLiteral(R"(vantiro toggle
+
+Starts a take, or ends the one that is running. If Vantiro's window is open, or waits in the tray, it is asked to do so;
+else the take is made without it: of the source that 'vantiro record' would pick, in the format and the takes folder of
+the settings. Bind it to a key where a desktop lets no program have one of its own.)")},
         {QStringLiteral("sources"), QStringLiteral(R"(vantiro sources [--no-listen] [--json]
 
 Listens to all inputs and DJ apps for a moment and lists them, the likeliest to carry the mix first: the score and what

@@ -1,27 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/foundation/Json.h"
 #include "core/foundation/Log.h"
-#include "core/foundation/SettingsStore.h"
 #include "core/recorder/EndingWords.h"
-#include "core/recorder/RecorderStateStore.h"
 #include "core/recorder/TakeRecorder.h"
-#include "core/recorder/TakesFolder.h"
-#include "core/recorder/VantiroPaths.h"
-#include "core/sources/ChannelPair.h"
 #include "platform/DesktopPlatform.h"
 #include "tool/AccountText.h"
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
-#include "tool/Listening.h"
 #include "tool/MeterLine.h"
 #include "tool/SignalWatch.h"
 #include "tool/SourcesText.h"
+#include "tool/TakePlan.h"
 #include "tool/Terminal.h"
 
-#include <QDir>
 #include <QFileInfo>
-
-#include <algorithm>
 
 namespace vantiro {
 
@@ -38,7 +29,7 @@ namespace {
         detached,
     };
 
-    struct Wanted {
+    struct WantedTake {
         TakeRecorder::Request request;
         bool isSourceNamed = false;
         Manner manner = Manner::foreground;
@@ -59,7 +50,7 @@ namespace {
         return channels;
     }
 
-    Result<Wanted> parse(const QStringList& words)
+    Result<WantedTake> parseTake(const QStringList& words)
     {
         const auto arguments =
             Arguments::parse(words, {u"--device"_s, u"--app"_s, u"--channels"_s, u"--format"_s, u"--out"_s},
@@ -67,7 +58,7 @@ namespace {
         if (!arguments) {
             return std::unexpected(arguments.error());
         }
-        Wanted wanted;
+        WantedTake wanted;
         wanted.manner = arguments->has(u"--detached"_s) ? Manner::detached : Manner::foreground;
         wanted.asJson = arguments->has(u"--json"_s);
         const auto source = arguments->source();
@@ -104,68 +95,25 @@ namespace {
         return wanted;
     }
 
-    /// Where takes go, unless the call says otherwise. A disk that is not there is told, not made up for with a folder
-    /// in its place.
-    Result<QString> pathInTakesFolder(TakeFormat format)
-    {
-        const QString folder = TakesFolder::current();
-        if (const auto disk = PreflightFacts::volume(folder).missingVolume) {
-            return captureFailure(
-                u"%1 is not connected, and the takes folder is on it. Connect it, or name a file with --out."_s.arg(
-                    *disk));
-        }
-        return QDir(folder).filePath(VantiroPaths::newTakeName(format));
-    }
-
-    /// The source that carries the mix, as the window would pick it.
-    Result<SourceRef> findSource(AudioPlatform& audio, SignalWatch& signals, bool asJson)
-    {
-        // Nobody should wait for what cannot begin.
-        if (const auto running = RecorderStateStore::running()) {
-            return captureFailure(u"already recording: %1"_s.arg(running->path));
-        }
-        const auto found = Listening::find(audio, signals);
-        if (!found) {
-            return std::unexpected(found.error());
-        }
-        const auto pick = found->pick();
-        const auto source = std::ranges::find_if(
-            found->sources, [&pick](const RankedSource& ranked) { return pick == ranked.observation.ref; });
-        if (source == found->sources.end()) {
-            return captureFailure(u"Nothing that is sure to carry your mix was found: connect an audio interface, a "
-                                  "mixer or a controller, start a DJ app, or name what 'vantiro sources' lists."_s);
-        }
-        if (!asJson) {
-            const QString reasons = source->reasons.isEmpty() ? QString() : u": "_s + reasonsText(*source);
-            Terminal::print(u"Found %1%2."_s.arg(source->observation.name, reasons));
-        }
-        return *pick;
-    }
-
-    /// The pair of channels that the user set for this source in the window.
-    std::optional<std::vector<std::int64_t>> chosenChannels(AudioPlatform& audio, const SourceRef& source)
-    {
-        const SettingsStore settings(VantiroPaths::settingsFile(), {}, SettingsStore::BrokenFile::leave);
-        const auto first = json::integer(settings.value(u"firstChannel"_s).toObject().value(source.id));
-        const auto device = audio.device(source.id);
-        return channelPair(source, first.value_or(1), device ? device->inputChannels : 0);
-    }
-
     /// Fills in what the call left open.
-    Result<void> complete(Wanted& wanted, AudioPlatform& audio, SignalWatch& signals)
+    Result<void> complete(WantedTake& wanted, AudioPlatform& audio, SignalWatch& signals)
     {
         if (!wanted.isSourceNamed) {
-            auto source = findSource(audio, signals, wanted.asJson);
+            const auto source = TakePlan::findSource(audio, signals);
             if (!source) {
                 return std::unexpected(source.error());
             }
-            wanted.request.source = *std::move(source);
+            if (!wanted.asJson) {
+                const QString reasons = source->reasons.isEmpty() ? QString() : u": "_s + reasonsText(*source);
+                Terminal::print(u"Found %1%2."_s.arg(source->observation.name, reasons));
+            }
+            wanted.request.source = source->observation.ref;
         }
         if (!wanted.request.channels && wanted.manner == Manner::foreground) {
-            wanted.request.channels = chosenChannels(audio, wanted.request.source);
+            wanted.request.channels = TakePlan::chosenChannels(audio, wanted.request.source);
         }
         if (!wanted.request.output) {
-            auto path = pathInTakesFolder(wanted.request.format);
+            auto path = TakePlan::pathInTakesFolder(wanted.request.format);
             if (!path) {
                 return std::unexpected(path.error());
             }
@@ -198,7 +146,7 @@ namespace {
         return TakeEnding::stopped;
     }
 
-    void report(const TakeRecorder::Account& account, const Wanted& wanted)
+    void report(const TakeRecorder::Account& account, const WantedTake& wanted)
     {
         if (wanted.asJson) {
             Terminal::printJson(account.state.toJsonText());
@@ -216,7 +164,7 @@ namespace {
 
 int recordCommand(const QStringList& words)
 {
-    auto wanted = parse(words);
+    auto wanted = parseTake(words);
     if (!wanted) {
         return Terminal::misuse(errorText(wanted.error()));
     }

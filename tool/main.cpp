@@ -29,6 +29,7 @@ int main(int argc, char* argv[])
         {QStringLiteral("record"), recordCommand},
         {QStringLiteral("status"), statusCommand},
         {QStringLiteral("stop"), stopCommand},
+        {QStringLiteral("toggle"), toggleCommand},
         {QStringLiteral("sources"), sourcesCommand},
         {QStringLiteral("check"), checkCommand},
         {QStringLiteral("takes"), takesCommand},

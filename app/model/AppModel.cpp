@@ -8,6 +8,33 @@
 
 namespace vantiro {
 
+namespace {
+
+    [[nodiscard]] bool isAll(const std::vector<float>& history, float peakDB)
+    {
+        return std::ranges::all_of(history, [peakDB](float value) { return value == peakDB; });
+    }
+
+    /// Whether that changed anything.
+    [[nodiscard]] bool push(std::vector<float>& history, float peakDB)
+    {
+        if (isAll(history, peakDB)) {
+            return false;
+        }
+        std::ranges::copy(std::span(history).subspan(1), history.begin());
+        history.back() = peakDB;
+        return true;
+    }
+
+    [[nodiscard]] bool clear(std::vector<float>& history)
+    {
+        const bool isClear = isAll(history, meterFloorDB);
+        std::ranges::fill(history, meterFloorDB);
+        return !isClear;
+    }
+
+}  // namespace
+
 AppModel::AppModel(std::unique_ptr<SettingsStore> store, SourceMemory memory, Trace trace, Kind kind)
     // Whatever store a sample is given, it saves nothing.
     : AppSettings(kind == Kind::sample ? std::make_unique<SettingsStore>() : std::move(store))
@@ -15,12 +42,26 @@ AppModel::AppModel(std::unique_ptr<SettingsStore> store, SourceMemory memory, Tr
     , m_trace(std::move(trace))
     , m_memory(std::move(memory))
     , m_history(historyLength, meterFloorDB)
+    , m_playbackHistory(historyLength, meterFloorDB)
 {
     m_lastKnownName = tr("No source");
     // A name is a stranger's, and it stands on one line.
     m_sourceName.setBinding([this] { return nameOfSelection().simplified(); });
     m_deckState.setBinding([this] { return stateOfDeck(); });
     m_headline.setBinding([this] { return lineOfFindings(); });
+    const auto shows = [this](auto signal, auto shown, bool whilePlaying) {
+        connect(this, signal, this, [this, shown, whilePlaying] {
+            if (playing().has_value() == whilePlaying) {
+                Q_EMIT(this->*shown)();
+            }
+        });
+    };
+    shows(&AppModel::levelsChanged, &AppModel::shownLevelsChanged, false);
+    shows(&AppModel::playbackLevelsChanged, &AppModel::shownLevelsChanged, true);
+    shows(&AppModel::historyChanged, &AppModel::shownHistoryChanged, false);
+    shows(&AppModel::playbackHistoryChanged, &AppModel::shownHistoryChanged, true);
+    connect(this, &AppModel::playingChanged, this, &AppModel::shownLevelsChanged);
+    connect(this, &AppModel::playingChanged, this, &AppModel::shownHistoryChanged);
 }
 
 AppModel::~AppModel() = default;
@@ -42,21 +83,29 @@ void AppModel::setRecorder(const std::optional<RecorderState>& recorder)
 
 void AppModel::pushHistory(float peakDB)
 {
-    const bool isSame = std::ranges::all_of(m_history, [peakDB](float value) { return value == peakDB; });
-    if (isSame) {
-        return;
+    if (push(m_history, peakDB)) {
+        Q_EMIT historyChanged();
     }
-    std::ranges::copy(std::span(m_history).subspan(1), m_history.begin());
-    m_history.back() = peakDB;
-    Q_EMIT historyChanged();
 }
 
 void AppModel::clearHistory()
 {
-    const bool isClear = std::ranges::all_of(m_history, [](float value) { return value == meterFloorDB; });
-    if (!isClear) {
-        std::ranges::fill(m_history, meterFloorDB);
+    if (clear(m_history)) {
         Q_EMIT historyChanged();
+    }
+}
+
+void AppModel::pushPlaybackHistory(float peakDB)
+{
+    if (push(m_playbackHistory, peakDB)) {
+        Q_EMIT playbackHistoryChanged();
+    }
+}
+
+void AppModel::clearPlaybackHistory()
+{
+    if (clear(m_playbackHistory)) {
+        Q_EMIT playbackHistoryChanged();
     }
 }
 
@@ -168,10 +217,17 @@ QString AppModel::nameOfSelection() const
 
 DeckState AppModel::stateOfDeck() const
 {
+    const bool plays = m_playing.value().has_value();
+    const double position = m_playbackPosition;
+    const double length = m_playbackLength;
+    const bool paused = m_playbackPaused;
     const auto& recorder = m_recorder.value();
     const bool starting = m_starting.value();
     const bool detecting = m_detecting.value();
     const bool hasSource = m_selected.value().has_value();
+    if (plays) {
+        return {.kind = DeckState::Kind::playing, .position = position, .length = length, .paused = paused};
+    }
     if (recorder) {
         return {.kind = DeckState::Kind::recording, .since = recorder->startedAt};
     }

@@ -5,6 +5,7 @@
 #include "app/model/DeckState.h"
 #include "app/model/MeterLevels.h"
 #include "core/analysis/TakeOverview.h"
+#include "core/copies/TakeTags.h"
 #include "core/foundation/Trace.h"
 #include "core/recorder/RecorderState.h"
 #include "core/sources/AudioDevice.h"
@@ -42,6 +43,8 @@ class AppModel final : public vantiro::AppSettings {
     Q_PROPERTY(bool showsSettings READ showsSettings WRITE setShowsSettings NOTIFY showsSettingsChanged)
     Q_PROPERTY(QString menuBarElapsed READ menuBarElapsed NOTIFY menuBarElapsedChanged)
     Q_PROPERTY(bool takesRead READ takesRead NOTIFY takesReadChanged)
+    Q_PROPERTY(bool playbackPaused READ playbackPaused NOTIFY playbackPausedChanged)
+    Q_PROPERTY(bool opensAtLogin READ opensAtLogin NOTIFY opensAtLoginChanged)
     Q_PROPERTY(QString sourceName READ sourceName NOTIFY sourceNameChanged)
 
 public:
@@ -155,6 +158,31 @@ public:
     [[nodiscard]] const std::set<QString>& readingOverviews() const { return m_readingOverviews; }
     void addReadingOverview(const QString& take);
     void removeReadingOverview(const QString& take);
+    /// The take on the deck, playing or paused.
+    [[nodiscard]] const std::optional<Take>& playing() const { return m_playing.value(); }
+    void setPlaying(const std::optional<Take>& take) { m_playing = take; }
+    /// In the take on the deck, and its length, in seconds; without one they mean nothing.
+    [[nodiscard]] double playbackPosition() const { return m_playbackPosition; }
+    void setPlaybackPosition(double seconds) { m_playbackPosition = seconds; }
+    [[nodiscard]] double playbackLength() const { return m_playbackLength; }
+    void setPlaybackLength(double seconds) { m_playbackLength = seconds; }
+    [[nodiscard]] bool playbackPaused() const { return m_playbackPaused; }
+    void setPlaybackPaused(bool paused) { m_playbackPaused = paused; }
+    /// The levels of what is played; they freeze while it is paused.
+    [[nodiscard]] const MeterLevels& playbackLevels() const { return m_playbackLevels.value(); }
+    void setPlaybackLevels(const MeterLevels& levels) { m_playbackLevels = levels; }
+    /// Peaks in dB, the newest last.
+    [[nodiscard]] std::span<const float> playbackHistory() const { return m_playbackHistory; }
+    void pushPlaybackHistory(float peakDB);
+    void clearPlaybackHistory();
+    /// What the system's display of what is playing shows of the take on the deck.
+    [[nodiscard]] const std::optional<TakeTags>& playingTags() const { return m_playingTags.value(); }
+    void setPlayingTags(const std::optional<TakeTags>& tags) { m_playingTags = tags; }
+    /// The position is another one than time alone would have made it.
+    void tellPlaybackSought() { Q_EMIT playbackSought(); }
+    /// The system starts the application when the user logs in.
+    [[nodiscard]] bool opensAtLogin() const { return m_opensAtLogin; }
+    void setOpensAtLogin(bool opens) { m_opensAtLogin = opens; }
     /// What was chosen and at which rate. Whoever changes it saves it.
     [[nodiscard]] SourceMemory& memory() { return m_memory; }
 
@@ -164,6 +192,12 @@ public:
     [[nodiscard]] std::optional<Take> newestTake() const;
     /// The selected source's place in the list.
     [[nodiscard]] std::optional<RankedSource> selectedRanked() const;
+    /// What the screens draw: the levels of the take on the deck, or else of the source.
+    [[nodiscard]] const MeterLevels& shownLevels() const { return m_playing.value() ? playbackLevels() : levels(); }
+    [[nodiscard]] std::span<const float> shownHistory() const
+    {
+        return m_playing.value() ? playbackHistory() : history();
+    }
     [[nodiscard]] DeckState deckState() const { return m_deckState.value(); }
     [[nodiscard]] Headline headline() const { return m_headline.value(); }
     /// Channels of the selected source; 0 if unknown.
@@ -200,6 +234,17 @@ Q_SIGNALS:
     void seeksInboxChanged();
     void overviewsChanged();
     void readingOverviewsChanged();
+    void playingChanged();
+    void playbackPositionChanged();
+    void playbackLengthChanged();
+    void playbackPausedChanged();
+    void playbackLevelsChanged();
+    void playbackHistoryChanged();
+    void playbackSought();
+    void playingTagsChanged();
+    void shownLevelsChanged();
+    void shownHistoryChanged();
+    void opensAtLoginChanged();
     void sourceNameChanged();
     void deckStateChanged();
     void headlineChanged();
@@ -214,6 +259,7 @@ private:
     SourceMemory m_memory;
     std::optional<Moment> m_recordPressedAt;
     std::vector<float> m_history;
+    std::vector<float> m_playbackHistory;
     std::map<QString, double> m_exporting;
     std::map<QString, TakeOverview> m_overviews;
     std::set<QString> m_readingOverviews;
@@ -239,6 +285,13 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, QString, m_lastKnownName, &AppModel::lastKnownNameChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, std::optional<MeterFormat>, m_meterFormat, &AppModel::meterFormatChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, bool, m_seeksInbox, &AppModel::seeksInboxChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppModel, std::optional<Take>, m_playing, &AppModel::playingChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppModel, double, m_playbackPosition, &AppModel::playbackPositionChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppModel, double, m_playbackLength, &AppModel::playbackLengthChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppModel, bool, m_playbackPaused, &AppModel::playbackPausedChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppModel, MeterLevels, m_playbackLevels, &AppModel::playbackLevelsChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppModel, std::optional<TakeTags>, m_playingTags, &AppModel::playingTagsChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppModel, bool, m_opensAtLogin, &AppModel::opensAtLoginChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, QString, m_sourceName, &AppModel::sourceNameChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, DeckState, m_deckState, &AppModel::deckStateChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppModel, Headline, m_headline, &AppModel::headlineChanged)

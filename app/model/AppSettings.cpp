@@ -88,6 +88,8 @@ AppSettings::AppSettings(std::unique_ptr<SettingsStore> store) : m_store(std::mo
     m_checksForUpdates = boolean(read, "checksForUpdates", true);
     m_allowsURLControl = boolean(read, "allowsURLControl", false);
     m_firstChannel = channels(read.value(QStringLiteral("firstChannel")).toObject());
+    m_playbackOutput = read.value(QStringLiteral("playbackOutput")).toString();
+    m_playbackOutputName = read.value(QStringLiteral("playbackOutputName")).toString();
 }
 
 AppSettings::~AppSettings() = default;
@@ -178,6 +180,13 @@ void AppSettings::setHotkeyEnabled(bool value)
     store(m_hotkeyEnabled, value, "hotkeyEnabled", value);
 }
 
+void AppSettings::assumeHotkeyEnabled(bool value)
+{
+    if (!m_store->value(QStringLiteral("hotkeyEnabled")).isBool()) {
+        m_hotkeyEnabled = value;
+    }
+}
+
 void AppSettings::setShowsMenuBarItem(bool value)
 {
     store(m_showsMenuBarItem, value, "showsMenuBarItem", value);
@@ -201,6 +210,12 @@ void AppSettings::setAllowsURLControl(bool value)
 void AppSettings::setFirstChannel(const Channels& channels)
 {
     store(m_firstChannel, channels, "firstChannel", objectOf(channels));
+}
+
+void AppSettings::setPlaybackOutput(const QString& uid, const QString& name)
+{
+    store(m_playbackOutputName, name, "playbackOutputName", name);
+    store(m_playbackOutput, uid, "playbackOutput", uid);
 }
 
 }  // namespace vantiro

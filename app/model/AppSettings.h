@@ -84,6 +84,8 @@ public:
     void setConfirmStop(bool value);
     [[nodiscard]] bool hotkeyEnabled() const { return m_hotkeyEnabled; }
     void setHotkeyEnabled(bool value);
+    /// What it is as long as the user has not set it; not stored.
+    void assumeHotkeyEnabled(bool value);
     [[nodiscard]] bool showsMenuBarItem() const { return m_showsMenuBarItem; }
     void setShowsMenuBarItem(bool value);
     [[nodiscard]] bool deckMotion() const { return m_deckMotion; }
@@ -96,6 +98,12 @@ public:
     /// For each source's id, the first of the pair of channels to record, counted from 1.
     [[nodiscard]] const Channels& firstChannel() const { return m_firstChannel.value(); }
     void setFirstChannel(const Channels& channels);
+
+    /// The UID of the device that takes are heard on, empty for the system's default, and its name for when it is not
+    /// connected.
+    [[nodiscard]] const QString& playbackOutput() const { return m_playbackOutput.value(); }
+    [[nodiscard]] const QString& playbackOutputName() const { return m_playbackOutputName.value(); }
+    void setPlaybackOutput(const QString& uid, const QString& name);
 
     /// Waits until every change is on disk.
     void flush() { m_store->flush(); }
@@ -120,6 +128,8 @@ Q_SIGNALS:
     void checksForUpdatesChanged();
     void allowsURLControlChanged();
     void firstChannelChanged();
+    void playbackOutputChanged();
+    void playbackOutputNameChanged();
 
 private:
     template <class Property, class Value>
@@ -147,6 +157,8 @@ private:
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, bool, m_checksForUpdates, &AppSettings::checksForUpdatesChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, bool, m_allowsURLControl, &AppSettings::allowsURLControlChanged)
     Q_OBJECT_BINDABLE_PROPERTY(AppSettings, Channels, m_firstChannel, &AppSettings::firstChannelChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppSettings, QString, m_playbackOutput, &AppSettings::playbackOutputChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppSettings, QString, m_playbackOutputName, &AppSettings::playbackOutputNameChanged)
 };
 
 }  // namespace vantiro

@@ -128,6 +128,7 @@ void Departure::finishHidden()
             go();
         }
     }));
+    Q_EMIT silence();
     Q_EMIT hide();
 }
 
@@ -193,6 +194,7 @@ void Departure::go()
 {
     m_patience.reset();
     if (!std::exchange(m_gone, true)) {
+        Q_EMIT silence();
         Q_EMIT leave();
     }
 }

@@ -83,6 +83,8 @@ public:
 
 Q_SIGNALS:
     void questionChanged();
+    /// Whoever left wants to hear nothing more, however long the program stays to finish its work.
+    void silence();
     /// The windows go, the program stays.
     void hide();
     /// The windows are wanted: there is something to ask, or to see.

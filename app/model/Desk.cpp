@@ -41,7 +41,9 @@ Desk::Desk(AppModel& model, ModelFlows& flows, Departure& departure, Doors doors
     , m_takeRan(takeRuns())
 {
     m_deckTwin = twinText();
+    positionMoved();
     followModel();
+    connect(&departure, &Departure::silence, this, &Desk::stopPlayback);
     countTakes();
 }
 
@@ -51,10 +53,10 @@ void Desk::followModel()
 {
     const auto follow = [this](auto signal, auto... slots) { (connect(&m_model, signal, this, slots), ...); };
     follow(&AppModel::deckStateChanged, &Desk::stateChanged, &Desk::twinChanged);
-    follow(&AppModel::levelsChanged, &Desk::twinChanged);
+    follow(&AppModel::shownLevelsChanged, &Desk::twinChanged);
     follow(&AppModel::menuBarElapsedChanged, &Desk::twinChanged);
     follow(&AppModel::recorderChanged, &Desk::stateChanged);
-    follow(&AppModel::startingChanged, &Desk::sourceChanged, &Desk::channelsChanged);
+    follow(&AppModel::startingChanged, &Desk::sourceChanged, &Desk::channelsChanged, &Desk::playLastChanged);
     follow(&AppModel::detectingChanged, &Desk::sourceChanged);
     follow(&AppModel::selectionIsManualChanged, &Desk::sourceChanged);
     follow(&AppModel::selectedChanged, &Desk::sourceChanged, &Desk::sourceEntriesChanged, &Desk::channelsChanged);
@@ -69,6 +71,10 @@ void Desk::followModel()
     follow(&AppModel::errorMessageChanged, &Desk::errorMessageChanged);
     follow(&AppModel::takesChanged, &Desk::countTakes, &Desk::playLastChanged);
     follow(&AppModel::takesReadChanged, &Desk::countTakes);
+    follow(&AppModel::playingChanged, &Desk::countTakes);
+    follow(&AppModel::playbackPausedChanged, &Desk::pauseTextChanged);
+    follow(&AppModel::playbackPositionChanged, &Desk::positionMoved);
+    follow(&AppModel::playbackLengthChanged, &Desk::lengthChanged, &Desk::positionMoved);
 }
 
 /// A running take tells of itself twice a second, and only its beginning and its end matter here.
@@ -93,11 +99,11 @@ void Desk::stateChanged()
 void Desk::countTakes()
 {
     const bool isFirstCount = m_model.takesRead() && !m_counted;
-    if ((takeRuns() || m_model.starting()) && !isFirstCount) {
-        return;
+    if (isFirstCount || !(takeRuns() || m_model.starting())) {
+        m_counted = m_model.takesRead();
+        m_nextNumber = static_cast<int>(m_model.takes().size()) + 1;
     }
-    m_counted = m_model.takesRead();
-    const int number = static_cast<int>(m_model.takes().size()) + 1;
+    const int number = m_model.playing() ? numberOfPlayed() : m_nextNumber;
     if (std::exchange(m_takeNumber, number) != number) {
         Q_EMIT takeNumberChanged();
     }
@@ -177,27 +183,11 @@ QStringList Desk::figures() const
     return m_model.takeStats() ? Figures::ofTake(*m_model.takeStats()) : QStringList();
 }
 
-QString Desk::playLastText() const
-{
-    if (takeRuns()) {
-        return tr("Stop the take first");
-    }
-    return m_model.takes().empty() ? tr("No take yet") : tr("Play the Last Take");
-}
-
-QString Desk::playLastHint() const
-{
-    return playLastEnabled() ? tr("Play the last take on the deck") : QString();
-}
-
-bool Desk::playLastEnabled() const
-{
-    return false;
-}
-
 void Desk::pressDeck()
 {
-    if (m_phase == Phase::NoSource) {
+    if (m_phase == Phase::Playing) {
+        togglePause();
+    } else if (m_phase == Phase::NoSource) {
         openGuide();
     } else if (takeRuns() && m_model.confirmStop()) {
         ask(true);
@@ -208,7 +198,22 @@ void Desk::pressDeck()
 
 void Desk::pressKey()
 {
-    pressDeck();
+    if (m_phase == Phase::Playing) {
+        stopPlayback();
+    } else {
+        pressDeck();
+    }
+}
+
+void Desk::pressPanelKey()
+{
+    if (m_phase == Phase::Playing) {
+        stopPlayback();
+    } else if (m_phase == Phase::NoSource) {
+        openGuide();
+    } else {
+        toggleTake();
+    }
 }
 
 void Desk::toggleTake()
@@ -253,14 +258,24 @@ void Desk::openGuide()
     }
 }
 
-void Desk::playLastTake() { }
+void Desk::openWindow() const
+{
+    if (m_doors.window) {
+        m_doors.window();
+    }
+}
+
+void Desk::setOpensAtLogin(bool on) const
+{
+    if (m_doors.openAtLogin) {
+        m_doors.openAtLogin(on);
+    }
+}
 
 void Desk::showTakes()
 {
     m_model.setShowsTakes(true);
-    if (m_doors.window) {
-        m_doors.window();
-    }
+    openWindow();
 }
 
 void Desk::showTakesFolder()
@@ -272,6 +287,10 @@ void Desk::addMeterUser()
 {
     m_departure.stay();
     m_flows.meter().addUser();
+    ++m_meterUsers;
+    if (m_meterUsers == 1) {
+        Q_EMIT meteredChanged();
+    }
     if (m_model.didSetup() || !m_doors.guide) {
         m_flows.sources().ensureListening();
     }
@@ -280,6 +299,13 @@ void Desk::addMeterUser()
 void Desk::removeMeterUser()
 {
     m_flows.meter().removeUser();
+    if (m_meterUsers == 0) {
+        return;
+    }
+    --m_meterUsers;
+    if (m_meterUsers == 0) {
+        Q_EMIT meteredChanged();
+    }
 }
 
 }  // namespace vantiro

@@ -48,9 +48,15 @@ class Desk final : public QObject {
     Q_PROPERTY(QVariantList findings READ findings NOTIFY findingsChanged)
     Q_PROPERTY(QString noFindings READ noFindings NOTIFY findingsChanged)
     Q_PROPERTY(QStringList figures READ figures NOTIFY figuresChanged)
+    Q_PROPERTY(bool metered READ metered NOTIFY meteredChanged)
     Q_PROPERTY(QString playLastText READ playLastText NOTIFY playLastChanged)
     Q_PROPERTY(QString playLastHint READ playLastHint NOTIFY playLastChanged)
     Q_PROPERTY(bool playLastEnabled READ playLastEnabled NOTIFY playLastChanged)
+    Q_PROPERTY(QString pauseText READ pauseText NOTIFY pauseTextChanged)
+    Q_PROPERTY(QString positionText READ positionText NOTIFY positionChanged)
+    Q_PROPERTY(QString lengthText READ lengthText NOTIFY lengthChanged)
+    Q_PROPERTY(double playbackFraction READ playbackFraction NOTIFY positionChanged)
+    Q_PROPERTY(double playbackStep READ playbackStep NOTIFY lengthChanged)
 
 public:
     /// DeckState::Kind, for the screens.
@@ -70,6 +76,7 @@ public:
         std::function<void()> guide = {};   ///< Shows the setup guide. Without it: sources are listened to anew.
         std::function<void()> window = {};  ///< Brings the main window to the front.
         std::function<void(const QString& folder)> folder = {};  ///< Shows a folder in the file manager.
+        std::function<void(bool on)> openAtLogin = {};           ///< Asks the system to start the application, or not.
     };
 
     Desk(AppModel& model, ModelFlows& flows, Departure& departure, Doors doors);
@@ -78,7 +85,8 @@ public:
     [[nodiscard]] AppModel* model() const { return &m_model; }
     [[nodiscard]] Departure* departure() const { return &m_departure; }
     [[nodiscard]] Phase phase() const { return m_phase; }
-    /// The number that the running or the next take will have, counted from the oldest.
+    /// The number of the take that plays, counted from the oldest, or else that which the running or the next take will
+    /// have.
     [[nodiscard]] int takeNumber() const { return m_takeNumber; }
     /// The deck's centre, for a screen reader, and its tooltip.
     [[nodiscard]] QString deckName() const;
@@ -119,16 +127,31 @@ public:
     /// The figures of the running take or of the last one that was seen: audio, lost on the way in, failed disk writes,
     /// clock drift, highest peak. Empty before the first.
     [[nodiscard]] QStringList figures() const;
+    /// A screen with the meter is up, so that its levels are those of now.
+    [[nodiscard]] bool metered() const { return m_meterUsers > 0; }
     /// The key below: "Play the Last Take", or why it cannot. An empty hint has no tooltip.
     [[nodiscard]] QString playLastText() const;
     [[nodiscard]] QString playLastHint() const;
     [[nodiscard]] bool playLastEnabled() const;
 
-    /// The deck's centre: opens the guide without a source, asks before it stops a take if that is wanted, and else
-    /// starts or stops a take.
+    /// The playback bar's key: "Pause" or "Play".
+    [[nodiscard]] QString pauseText() const;
+    /// Where the take on the deck plays, and its length, such as 4:07; from an hour on 1:04:07.
+    [[nodiscard]] const QString& positionText() const { return m_positionText; }
+    [[nodiscard]] QString lengthText() const;
+    /// The position as a fraction of the length, 0 for no length. It is told of when a screen would show the
+    /// difference.
+    [[nodiscard]] double playbackFraction() const;
+    /// A step of 5 seconds as a fraction of the length.
+    [[nodiscard]] double playbackStep() const;
+
+    /// The deck's centre: pauses a take that plays or lets it go on, opens the guide without a source, asks before it
+    /// stops a take if that is wanted, and else starts or stops a take.
     Q_INVOKABLE void pressDeck();
-    /// The big key: as the deck.
+    /// The big key: stops what plays, and else does as the deck.
     Q_INVOKABLE void pressKey();
+    /// The tray panel's key: as the big key, but without a question.
+    Q_INVOKABLE void pressPanelKey();
     /// The menu's entry and Ctrl+R: starts or stops a take without a question.
     Q_INVOKABLE void toggleTake();
     Q_INVOKABLE void stopAssented();
@@ -141,6 +164,22 @@ public:
     /// To the next pair upwards (1) or downwards (-1).
     Q_INVOKABLE void stepChannels(int direction);
     Q_INVOKABLE void playLastTake();
+    Q_INVOKABLE void togglePause();
+    Q_INVOKABLE void stopPlayback();
+    Q_INVOKABLE void seekPlayback(double fraction);
+    /// Forwards, or backwards if negative.
+    Q_INVOKABLE void stepPlayback(double seconds);
+    /// A key of the keyboard (Qt::Key, Qt::KeyboardModifiers) that nothing else wanted: Space pauses what plays, the
+    /// arrows go 5 seconds back and forth, with Shift 60. Whether it meant something.
+    Q_INVOKABLE bool pressPlaybackKey(int key, int modifiers, bool repeats);
+    /// The outputs, as a menu takes them: the system's default, then each device that is there, and the chosen one even
+    /// if it is not.
+    Q_INVOKABLE QVariantList outputEntries() const;
+    /// The entry of outputEntries() with that `id` was chosen; one that is gone does nothing.
+    Q_INVOKABLE void chooseOutput(const QString& id);
+    /// Brings the main window to the front.
+    Q_INVOKABLE void openWindow() const;
+    Q_INVOKABLE void setOpensAtLogin(bool on) const;
     /// Brings the takes page to the front.
     Q_INVOKABLE void showTakes();
     /// Makes the folder of takes, and shows its newest take, or the folder itself, in the file manager.
@@ -160,7 +199,11 @@ Q_SIGNALS:
     void channelsChanged();
     void findingsChanged();
     void figuresChanged();
+    void meteredChanged();
     void playLastChanged();
+    void pauseTextChanged();
+    void positionChanged();
+    void lengthChanged();
 
 private:
     /// One line of the source menu.
@@ -178,7 +221,17 @@ private:
         [[nodiscard]] QString id() const;
     };
 
+    /// One line of the output menu.
+    struct Output {
+        QString uid;  ///< Empty for the default.
+        QString name;
+        QString text;
+
+        [[nodiscard]] QString id() const { return QStringLiteral("output:") + uid; }
+    };
+
     [[nodiscard]] std::vector<Entry> entries() const;
+    [[nodiscard]] std::vector<Output> outputs() const;
     [[nodiscard]] bool takeRuns() const { return m_model.recorder().has_value(); }
     [[nodiscard]] std::int64_t firstChannel() const;
     void followModel();
@@ -187,6 +240,8 @@ private:
     void twinChanged();
     void renewTwin();
     [[nodiscard]] QString twinText() const;
+    void positionMoved();
+    [[nodiscard]] int numberOfPlayed() const;
     void ask(bool asks);
 
     AppModel& m_model;
@@ -197,6 +252,10 @@ private:
     bool m_takeRan = false;  ///< When it was last told.
     bool m_asksToStop = false;
     int m_takeNumber = 1;
+    int m_nextNumber = 1;
+    int m_meterUsers = 0;
+    QString m_positionText;
+    double m_playbackFraction = 0;  ///< When it was last told.
     QString m_deckTwin;
     bool m_twinIsOld = false;
     std::unique_ptr<Scheduler::Timer> m_twinTimer;  ///< Runs until a second went by without news.

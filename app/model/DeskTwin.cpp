@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the deck shows, for those who hear it.
+#include "app/model/ClockWords.h"
 #include "app/model/Desk.h"
 #include "app/model/Figures.h"
 #include "core/foundation/Decibels.h"
@@ -16,17 +17,6 @@ namespace {
 
     /// What is heard takes its time, so that figures that change faster would only get in each other's way.
     constexpr std::chrono::seconds twinPeriod{1};
-
-    /// Like 12:34, from an hour on like 1:02:03.
-    QString timeText(qint64 seconds)
-    {
-        seconds = std::max<qint64>(0, seconds);
-        constexpr qint64 minute = 60;
-        constexpr qint64 hour = 3600;
-        const QString tail =
-            u"%1:%2"_s.arg(seconds % hour / minute, 2, 10, '0'_L1).arg(seconds % minute, 2, 10, '0'_L1);
-        return seconds < hour ? tail : QString::number(seconds / hour) + u':' + tail;
-    }
 
 }  // namespace
 
@@ -57,6 +47,7 @@ void Desk::renewTwin()
 QString Desk::twinText() const
 {
     const DeckState state = m_model.deckState();
+    const QString clock = ClockWords::ofDeck(state, m_flows.scheduler().wallClock());
     QStringList words;
     switch (state.kind) {
     case DeckState::Kind::noSource:
@@ -71,13 +62,13 @@ QString Desk::twinText() const
         words << tr("Starting");
         break;
     case DeckState::Kind::recording:
-        words << tr("Recording") << timeText(state.since.secsTo(m_flows.scheduler().wallClock()));
+        words << tr("Recording") << clock;
         break;
     case DeckState::Kind::playing:
-        words << (state.paused ? tr("Paused") : tr("Playback")) << timeText(static_cast<qint64>(state.position));
+        words << (state.paused ? tr("Paused") : tr("Playback")) << clock;
         break;
     }
-    const MeterLevels& levels = m_model.levels();
+    const MeterLevels& levels = m_model.shownLevels();
     const float peak = std::max(levels.holdLeft, levels.holdRight);
     words << (levels.clipped         ? tr("clipped")
             : !(peak > meterFloorDB) ? tr("no signal")

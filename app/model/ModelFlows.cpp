@@ -12,6 +12,7 @@ ModelFlows::ModelFlows(AppModel& model, const ModelServices& services)
     , m_takes(model, m_findings, m_sources, services)
     , m_takesList(model, services)
     , m_afterTake(model, services)
+    , m_playback(model, services)
 {
     m_takes.setAfterTake([this](const RecorderState& take) {
         m_takesList.takeEnded(take.path);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/model/AfterTake.h"
+#include "app/model/DeckPlayback.h"
 #include "app/model/FindingsWatch.h"
 #include "app/model/LiveMeter.h"
 #include "app/model/SourceWatch.h"
@@ -30,6 +31,7 @@ public:
     [[nodiscard]] TakeFlow& takes() { return m_takes; }
     [[nodiscard]] TakesList& takesList() { return m_takesList; }
     [[nodiscard]] AfterTake& afterTake() { return m_afterTake; }
+    [[nodiscard]] DeckPlayback& playback() { return m_playback; }
     [[nodiscard]] Scheduler& scheduler() const { return m_scheduler; }
 
 private:
@@ -41,6 +43,7 @@ private:
     TakeFlow m_takes;
     TakesList m_takesList;
     AfterTake m_afterTake;
+    DeckPlayback m_playback;
 };
 
 }  // namespace vantiro

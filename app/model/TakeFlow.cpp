@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/model/TakeFlow.h"
 
+#include "app/model/ClockWords.h"
 #include "core/foundation/Files.h"
 #include "core/recorder/EndingWords.h"
 #include "core/recorder/VantiroPaths.h"
@@ -223,9 +224,8 @@ void TakeFlow::showElapsed()
         m_model.setMenuBarElapsed({});
         return;
     }
-    const qint64 seconds = std::max<qint64>(0, recorder->startedAt.secsTo(m_services.scheduler.wallClock()));
-    m_model.setMenuBarElapsed(QString::asprintf("%lld:%02lld:%02lld", static_cast<long long>(seconds / 3600),
-        static_cast<long long>(seconds / 60 % 60), static_cast<long long>(seconds % 60)));
+    const qint64 seconds = recorder->startedAt.secsTo(m_services.scheduler.wallClock());
+    m_model.setMenuBarElapsed(ClockWords::time(static_cast<double>(seconds), ClockWords::Form::full));
 }
 
 }  // namespace vantiro

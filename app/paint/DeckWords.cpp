@@ -17,40 +17,12 @@ namespace {
         Q_DECLARE_TR_FUNCTIONS(DeckWords)
     };
 
-    constexpr qint64 minute = 60;
-    constexpr qint64 hour = 3600;
-    constexpr double longestTime = 1e9;  ///< Seconds; beyond, the figures mean nothing.
-
-    QString twoDigits(qint64 value)
-    {
-        return u"%1"_s.arg(value, 2, 10, '0'_L1);
-    }
-
     bool hasHint(const DeckState& state)
     {
         return state.kind != Kind::noSource && state.kind != Kind::starting;
     }
 
 }  // namespace
-
-QString clock(double seconds)
-{
-    const auto whole = seconds > 0 ? static_cast<qint64>(std::min(seconds, longestTime)) : 0;
-    const QString tail = twoDigits(whole % hour / minute) + ':'_L1 + twoDigits(whole % minute);
-    return whole < hour ? tail : QString::number(whole / hour) + ':'_L1 + tail;
-}
-
-QString clock(const DeckState& state, const QDateTime& now)
-{
-    switch (state.kind) {
-    case Kind::recording:
-        return clock(double(state.since.msecsTo(now)) / 1000);
-    case Kind::playing:
-        return clock(state.position);
-    default:
-        return clock(0);
-    }
-}
 
 QString caption(const DeckState& state)
 {

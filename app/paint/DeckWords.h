@@ -7,13 +7,8 @@
 #include <QString>
 #include <QStringList>
 
-/// The words and figures that stand on the deck.
+/// The words that stand on the deck.
 namespace vantiro::DeckWords {
-
-/// A time as MM:SS, from an hour on as H:MM:SS. Parts of a second are dropped, times below 0 are 0.
-[[nodiscard]] QString clock(double seconds);
-/// The clock of a state at `now`: how long the take runs, or where it plays; 00:00 otherwise.
-[[nodiscard]] QString clock(const DeckState& state, const QDateTime& now);
 
 /// What the deck does.
 [[nodiscard]] QString caption(const DeckState& state);

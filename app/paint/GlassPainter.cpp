@@ -172,10 +172,14 @@ bool Readout::looksLike(const Readout& other) const
 
 bool Readout::readsLike(const Readout& other) const
 {
-    return state.kind == other.state.kind && state.paused == other.state.paused && clock == other.clock
-        && isHovered == other.isHovered && scale == other.scale
-        && LevelScale::toneOf(peakOf(levels)) == LevelScale::toneOf(peakOf(other.levels))
-        && DeckWords::levelCaption(levels) == DeckWords::levelCaption(other.levels);
+    if (state.kind != other.state.kind || state.paused != other.state.paused || clock != other.clock
+        || isHovered != other.isHovered || scale != other.scale) {
+        return false;
+    }
+    // No level is told while a take plays, and its marks fall from one picture to the next.
+    return state.kind == Kind::playing
+        || (LevelScale::toneOf(peakOf(levels)) == LevelScale::toneOf(peakOf(other.levels))
+            && DeckWords::levelCaption(levels) == DeckWords::levelCaption(other.levels));
 }
 
 void paintGlass(QPainter& painter, const DeckGeometry& geometry, const Readout& readout)

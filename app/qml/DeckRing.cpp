@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/qml/DeckRing.h"
 
-#include "app/paint/DeckWords.h"
+#include "app/model/ClockWords.h"
 #include "app/paint/Groove.h"
 
 #include <QDateTime>
@@ -54,7 +54,7 @@ void DeckRing::setModel(AppModel* model)
     m_model = model;
     if (model != nullptr) {
         connect(model, &AppModel::deckStateChanged, this, &DeckRing::stateChanged);
-        connect(model, &AppModel::levelsChanged, this, &DeckRing::levelsChanged);
+        connect(model, &AppModel::shownLevelsChanged, this, &DeckRing::levelsChanged);
         stateChanged();
     }
     Q_EMIT modelChanged();
@@ -156,9 +156,17 @@ void DeckRing::stateChanged()
         return;
     }
     const DeckState state = model->deckState();
-    // Up to now the old state moved the deck, whether anybody saw it or not.
+    if (state.kind == m_state.kind && state.paused == m_state.paused && state.kind == DeckState::Kind::playing) {
+        // The needle goes on where it is, and only the clock tells of it.
+        m_state = state;
+        if (ClockWords::ofDeck(state, {}) != m_clock) {
+            wake();
+        }
+        return;
+    }
+    // Up to now the old state moved the deck, whether anybody saw it or not. What is heard may be another's already.
     const Moment now = std::chrono::steady_clock::now();
-    advance(now);
+    move(now);
     if (state.kind == DeckState::Kind::listening && m_state.kind != state.kind) {
         m_listeningSince = now;
     }
@@ -174,7 +182,7 @@ void DeckRing::levelsChanged()
         return;
     }
     Readout readout = m_shown;
-    readout.levels = model->levels();
+    readout.levels = model->shownLevels();
     if (!readout.looksLike(m_shown)) {
         wake();
     }
@@ -185,7 +193,8 @@ void DeckRing::paintTick(Moment now)
     if (!m_model || !isSeen()) {
         return;
     }
-    step(now);
+    m_now = now;
+    advance(now);
     readClock();
     paint();
     if (moves()) {
@@ -193,13 +202,13 @@ void DeckRing::paintTick(Moment now)
     }
 }
 
-void DeckRing::step(Moment now)
+void DeckRing::advance(Moment now)
 {
-    m_now = now;
-    advance(now);
+    move(now);
+    keepHeard();
 }
 
-void DeckRing::advance(Moment now)
+void DeckRing::move(Moment now)
 {
     const DeckMotion::Drive drive{
         .spinning = m_state.spins(), .armDown = m_state.armDown(), .reduceMotion = m_reducedMotion};
@@ -213,7 +222,6 @@ void DeckRing::advance(Moment now)
     if (m_moving) {
         m_motion.step(now, drive);
     }
-    keepHeard();
 }
 
 // What the record carries while the platter runs down or waits is what was heard before. Where nothing may move it
@@ -222,10 +230,10 @@ void DeckRing::keepHeard()
 {
     const AppModel* model = m_model;
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    if (model == nullptr || !m_state.spins() || (!m_moving && DeckWords::clock(m_state, now) == m_clock)) {
+    if (model == nullptr || !m_state.spins() || (!m_moving && ClockWords::ofDeck(m_state, now) == m_clock)) {
         return;
     }
-    const auto history = model->history();
+    const auto history = model->shownHistory();
     m_heard.assign(history.begin(), history.end());
     if (!m_moving && m_state.kind == DeckState::Kind::recording) {
         const double seconds = std::max(0.0, double(m_state.since.msecsTo(now)) / 1000);
@@ -237,7 +245,7 @@ void DeckRing::keepHeard()
 void DeckRing::readClock()
 {
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    m_clock = DeckWords::clock(m_state, now);
+    m_clock = ClockWords::ofDeck(m_state, now);
     if (m_state.kind == DeckState::Kind::recording && !m_moving) {
         const qint64 elapsed = m_state.since.msecsTo(now) % 1000;
         m_seconds.start(static_cast<int>(1000 - elapsed));
@@ -253,7 +261,7 @@ DeckScene DeckRing::scene() const
         .geometry = geometry(),
         .ratio = ratio(),
         .readout = {.state = m_state,
-            .levels = model != nullptr ? model->levels() : MeterLevels{},
+            .levels = model != nullptr ? model->shownLevels() : MeterLevels{},
             .clock = m_clock,
             .isHovered = m_hovered,
             .scale = m_pressScale},

@@ -84,9 +84,10 @@ private:
     void watch(QQuickWindow* window);
     void stateChanged();
     void levelsChanged();
-    void step(Moment now);
-    /// Moves platter and arm on to `now` as the state drives them.
+    /// Moves platter and arm on to `now` as the state drives them, and keeps what is heard on the way.
     void advance(Moment now);
+    /// The same without listening.
+    void move(Moment now);
     void keepHeard();
     void readClock();
     void paint();

@@ -12,6 +12,8 @@ Item {
 
     /// The list of sources is wanted, hanging from that item.
     signal sourcesWanted(Item from)
+    /// The same of outputs.
+    signal outputsWanted(Item from)
 
     readonly property int inspectorWidth: 320 + Math.min(160, Math.max(0, Math.round((width - 920) / 4)))
     readonly property int column: advanced ? width - inspectorWidth - 3 * Theme.margin : width - 2 * Theme.margin
@@ -76,8 +78,20 @@ Item {
         y: screen.height - (screen.advanced ? 128 : 104)
     }
 
+    PlaybackBar {
+        id: playback
+
+        desk: screen.desk
+        visible: screen.desk.phase === Desk.Playing
+        width: screen.column
+        x: Theme.margin
+        y: screen.height - (screen.advanced ? 53 : 38)
+        onOutputsWanted: from => screen.outputsWanted(from)
+    }
+
     PlayLastTakeKey {
         desk: screen.desk
+        visible: !playback.visible
         x: Theme.margin + Math.round((screen.column - width) / 2)
         y: screen.height - (screen.advanced ? 52 : 37)
     }

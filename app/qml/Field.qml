@@ -36,6 +36,7 @@ Item {
 
         Accessible.name: field.name
         Accessible.role: Accessible.EditableText
+        Keys.priority: Keys.AfterItem
         activeFocusOnTab: true
         anchors.fill: parent
         anchors.leftMargin: 10
@@ -55,6 +56,8 @@ Item {
         selectedTextColor: Theme.ink
         selectionColor: Theme.selection
         verticalAlignment: TextInput.AlignVCenter
+        // What a text has no use for, such as Left at its beginning, is meant for nothing around it.
+        Keys.onPressed: event => event.accepted = [Qt.Key_Left, Qt.Key_Right, Qt.Key_Space].includes(event.key)
         onEditingFinished: field.committed(text)
     }
 

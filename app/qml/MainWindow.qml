@@ -12,7 +12,7 @@ Window {
     property string version
     readonly property AppModel model: desk.model
     readonly property bool onScreen: visible && visibility !== Window.Minimized
-    readonly property bool open: sources.visible || menu.visible
+    readonly property bool open: sources.visible || outputs.visible || menu.visible
     readonly property rect nowhere: Qt.rect(0, 0, 0, 0)
 
     signal closeWanted
@@ -33,10 +33,15 @@ Window {
         return item.mapToItem(page, 0, 0, item.width, item.height);
     }
 
+    function openOutputs(from: Item) {
+        outputs.entries = desk.outputEntries();
+        outputs.open(placeOf(from), outputs.entries.findIndex(entry => entry.lit));
+    }
+
     /// Gives the keyboard back to the page unless something stands above it: to where it was, or to the page itself if
     /// that is gone from sight.
     function recall() {
-        if (sheets.shown || sources.visible || menu.visible)
+        if (sheets.shown || sources.visible || outputs.visible || menu.visible)
             return;
         page.forceActiveFocus(Qt.PopupFocusReason);
         if (activeFocusItem !== page && !activeFocusItem.visible)
@@ -93,6 +98,8 @@ Window {
         height: form.moving ? form.size.height : parent.height
         width: form.moving ? form.size.width : parent.width
 
+        Keys.onPressed: event => event.accepted = window.desk.pressPlaybackKey(event.key, event.modifiers, event.isAutoRepeat)
+
         TopStrip {
             id: strip
 
@@ -104,6 +111,7 @@ Window {
             window: window
             onMenuWanted: (left, top) => {
                 sources.dismissed();
+                outputs.dismissed();
                 menu.open(Qt.rect(left, top, 0, 0), -1);
             }
         }
@@ -116,6 +124,7 @@ Window {
             anchors.topMargin: strip.height
             desk: window.desk
             visible: !strip.paneShown
+            onOutputsWanted: from => window.openOutputs(from)
             onSourcesWanted: from => sources.open(window.placeOf(from), sources.entries.findIndex(entry => entry.lit))
         }
 
@@ -124,6 +133,7 @@ Window {
             anchors.fill: parent
             anchors.topMargin: strip.height
             Component.onCompleted: setSource("TakesPage.qml", { desk: window.desk, takes: takeRows })
+            onLoaded: (item as TakesPage).outputsWanted.connect(window.openOutputs)
         }
 
         Loader {
@@ -151,6 +161,14 @@ Window {
         onVisibleChanged: if (!visible) window.recall()
     }
 
+    PopupMenu {
+        id: outputs
+
+        name: qsTr("Outputs")
+        onChosen: id => window.desk.chooseOutput(id)
+        onVisibleChanged: if (!visible) window.recall()
+    }
+
     MainMenu {
         id: menu
 
@@ -168,6 +186,7 @@ Window {
         version: window.version
         onShownChanged: {
             sources.visible = false;
+            outputs.visible = false;
             menu.visible = false;
             window.recall();
         }

@@ -16,30 +16,9 @@ namespace {
 
 }  // namespace
 
-MeterView::MeterView(QQuickItem* parent) : PictureItem(parent)
+MeterView::MeterView(QQuickItem* parent) : LevelPicture(&AppModel::shownLevelsChanged, parent)
 {
     setImplicitHeight(MeterPainter::height(MeterPainter::Size::normal));
-}
-
-MeterView::~MeterView()
-{
-    PaintTick::shared().leave(*this);
-}
-
-void MeterView::setModel(AppModel* model)
-{
-    if (m_model == model) {
-        return;
-    }
-    if (m_model) {
-        disconnect(m_model, nullptr, this, nullptr);
-    }
-    m_model = model;
-    if (model != nullptr) {
-        connect(model, &AppModel::levelsChanged, this, &MeterView::levelsChanged);
-        repaint();
-    }
-    Q_EMIT modelChanged();
 }
 
 void MeterView::setCompact(bool compact)
@@ -69,21 +48,13 @@ MeterPainter::Form MeterView::form(double ratio) const
         .ratio = ratio};
 }
 
-void MeterView::levelsChanged()
-{
-    // Not only while the window is exposed: what comes at its end has to be there when it is back.
-    if (isVisible()) {
-        PaintTick::shared().ask(*this);
-    }
-}
-
 void MeterView::paintTick(PaintTick::Moment now)
 {
-    const AppModel* model = m_model;
-    if (model == nullptr) {
+    const AppModel* heard = model();
+    if (heard == nullptr) {
         return;
     }
-    const MeterLevels& levels = model->levels();
+    const MeterLevels& levels = heard->shownLevels();
     const MeterPainter::Form look = form(window() != nullptr ? window()->effectiveDevicePixelRatio() : 1);
     if (MeterPainter::shown(look, levels) != MeterPainter::shown(look, m_shown)) {
         repaint();
@@ -105,11 +76,11 @@ void MeterView::paintTick(PaintTick::Moment now)
 
 Picture MeterView::picture(double ratio) const
 {
-    const AppModel* model = m_model;
-    if (model == nullptr || width() <= 0) {
+    const AppModel* heard = model();
+    if (heard == nullptr || width() <= 0) {
         return {};
     }
-    m_shown = model->levels();
+    m_shown = heard->shownLevels();
     const MeterPainter::Result painted = m_painter.picture(form(ratio), m_shown);
     return {painted.image, painted.origin};
 }
@@ -124,20 +95,12 @@ void MeterView::say(const char* property, const QString& words)
 
 void MeterView::componentComplete()
 {
-    PictureItem::componentComplete();
+    LevelPicture::componentComplete();
     say("Accessible.name", tr("Level meter"));
-    const AppModel* model = m_model;
-    m_value = MeterPainter::spoken(model != nullptr ? model->levels() : MeterLevels{});
+    const AppModel* heard = model();
+    m_value = MeterPainter::spoken(heard != nullptr ? heard->shownLevels() : MeterLevels{});
     say("Accessible.description", m_value);
     Q_EMIT valueChanged();
-}
-
-void MeterView::itemChange(ItemChange change, const ItemChangeData& data)
-{
-    if (change == ItemVisibleHasChanged) {
-        repaint();
-    }
-    PictureItem::itemChange(change, data);
 }
 
 }  // namespace vantiro

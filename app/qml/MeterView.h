@@ -1,32 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "app/model/AppModel.h"
 #include "app/paint/MeterPainter.h"
-#include "app/qml/PaintTick.h"
-#include "app/qml/PictureItem.h"
+#include "app/qml/LevelPicture.h"
 
-#include <QPointer>
 #include <QQmlEngine>
 
 namespace vantiro {
 
 /// Two bars of cells that show the model's level, with scale and readout unless `compact`. For a screen reader it is
 /// one element with a value in words.
-class MeterView : public vantiro::PictureItem, private PaintTick::Client {
+class MeterView : public vantiro::LevelPicture {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(vantiro::AppModel* model READ model WRITE setModel NOTIFY modelChanged)
     Q_PROPERTY(bool compact READ compact WRITE setCompact NOTIFY compactChanged)
     Q_PROPERTY(int segments READ segments WRITE setSegments NOTIFY segmentsChanged)
     Q_PROPERTY(QString value READ value NOTIFY valueChanged)
 
 public:
     explicit MeterView(QQuickItem* parent = nullptr);
-    ~MeterView() override;
-
-    [[nodiscard]] AppModel* model() const { return m_model; }
-    void setModel(AppModel* model);
 
     [[nodiscard]] bool compact() const { return m_compact; }
     void setCompact(bool compact);
@@ -38,7 +30,6 @@ public:
     [[nodiscard]] const QString& value() const { return m_value; }
 
 Q_SIGNALS:
-    void modelChanged();
     void compactChanged();
     void segmentsChanged();
     void valueChanged();
@@ -46,15 +37,12 @@ Q_SIGNALS:
 protected:
     [[nodiscard]] Picture picture(double ratio) const override;
     void componentComplete() override;
-    void itemChange(ItemChange change, const ItemChangeData& data) override;
+    void paintTick(PaintTick::Moment now) override;
 
 private:
-    void paintTick(PaintTick::Moment now) override;
-    void levelsChanged();
     void say(const char* property, const QString& words);
     [[nodiscard]] MeterPainter::Form form(double ratio) const;
 
-    QPointer<AppModel> m_model;
     bool m_compact = false;
     int m_segments = 64;
     QString m_value;

@@ -11,10 +11,13 @@ Item {
     property real step: 0.01
     property bool hovered: area.containsMouse
     property bool dragged: area.pressed
+    /// Where the pointer holds the cap; what is asked for follows it a little more slowly.
+    property real held: 0
+    readonly property real place: Math.max(0, Math.min(1, area.pressed ? held : fraction))
     property bool ringed: activeFocus
     /// What a screen reader reads, and may write.
     property int value: percent
-    readonly property int percent: Math.round(100 * fraction)
+    readonly property int percent: Math.round(100 * place)
     readonly property int minimumValue: 0
     readonly property int maximumValue: 100
     readonly property int stepSize: 1
@@ -25,8 +28,8 @@ Item {
     Accessible.focusable: true
     Accessible.name: qsTr("Place in the take")
     Accessible.role: Accessible.Slider
-    Accessible.onDecreaseAction: scrubber.seekTo(scrubber.fraction - 0.05)
-    Accessible.onIncreaseAction: scrubber.seekTo(scrubber.fraction + 0.05)
+    Accessible.onDecreaseAction: scrubber.seekTo(scrubber.fraction - scrubber.step)
+    Accessible.onIncreaseAction: scrubber.seekTo(scrubber.fraction + scrubber.step)
     activeFocusOnTab: true
     implicitHeight: 28
     implicitWidth: 300
@@ -70,7 +73,7 @@ Item {
         hover: scrubber.enabled && (scrubber.hovered || scrubber.dragged) ? 1 : 0
         recipe: Surface.RailCap
         width: 12
-        x: Math.round(Math.max(0, Math.min(1, scrubber.fraction)) * scrubber.width) - 6
+        x: Math.round(scrubber.place * scrubber.width) - 6
         y: 4
 
         Rectangle {
@@ -98,10 +101,28 @@ Item {
 
         anchors.fill: parent
         hoverEnabled: true
+        onCanceled: rest.stop()
         onPositionChanged: mouse => {
-            if (pressed)
-                scrubber.seekTo(mouse.x / scrubber.width);
+            scrubber.held = mouse.x / scrubber.width;
+            if (pressed && !rest.running)
+                rest.start();
         }
-        onPressed: mouse => scrubber.seekTo(mouse.x / scrubber.width)
+        onPressed: mouse => {
+            scrubber.held = mouse.x / scrubber.width;
+            scrubber.seekTo(scrubber.held);
+        }
+        onReleased: {
+            if (rest.running)
+                scrubber.seekTo(scrubber.held);
+            rest.stop();
+        }
+    }
+
+    // A disk has to follow the hand.
+    Timer {
+        id: rest
+
+        interval: 100
+        onTriggered: scrubber.seekTo(scrubber.held)
     }
 }

@@ -98,19 +98,51 @@ Item {
                 Section { label: qsTr("Controls") }
 
                 Switch {
-                    help: qsTr("A click in this window asks first. The hotkey and the menu bar stop at once.")
+                    help: qsTr("Control Option Command R starts and stops a take while your DJ app is in front.")
                     lined: false
+                    on: pane.model.hotkeyEnabled
+                    title: qsTr("Record from anywhere")
+                    width: parent.width
+                    onSwitched: on => pane.model.hotkeyEnabled = on
+                }
+
+                Switch {
+                    help: qsTr("A click in this window asks first. The hotkey and the menu bar stop at once.")
                     on: pane.model.confirmStop
                     title: qsTr("Ask before stopping")
                     width: parent.width
                     onSwitched: on => pane.model.confirmStop = on
                 }
 
+                Switch {
+                    help: qsTr("For Shortcuts, a Stream Deck or a script: vantiro://record, stop, toggle, play. Off by default, because a web page can open such a link too.")
+                    on: pane.model.allowsURLControl
+                    title: qsTr("Let links control recording")
+                    width: parent.width
+                    onSwitched: on => pane.model.allowsURLControl = on
+                }
+
                 Section { label: qsTr("App") }
 
                 Switch {
-                    help: qsTr("The platter turns, the arm swings and the clock's ring runs. The meter moves either way.")
+                    help: qsTr("The key, the clock and the meter, one click away.")
                     lined: false
+                    on: pane.model.showsMenuBarItem
+                    title: qsTr("Show in the menu bar")
+                    width: parent.width
+                    onSwitched: on => pane.model.showsMenuBarItem = on
+                }
+
+                Switch {
+                    help: qsTr("Vantiro starts with your Mac.")
+                    on: pane.model.opensAtLogin
+                    title: qsTr("Open at login")
+                    width: parent.width
+                    onSwitched: on => pane.desk.setOpensAtLogin(on)
+                }
+
+                Switch {
+                    help: qsTr("The platter turns, the arm swings and the clock's ring runs. The meter moves either way.")
                     on: pane.model.deckMotion
                     title: qsTr("Deck motion")
                     width: parent.width

@@ -7,6 +7,8 @@ Key {
     id: key
 
     required property Desk desk
+    /// A press during a take may ask first.
+    property bool asks: true
     readonly property bool runs: desk.phase === Desk.Recording || desk.phase === Desk.Playing
 
     enabled: desk.keyEnabled
@@ -17,5 +19,5 @@ Key {
     symbol: runs ? Symbol.Stop : desk.phase === Desk.NoSource ? Symbol.None : Symbol.Record
     symbolColor: runs ? Theme.ink : Theme.red
     text: desk.keyText
-    onTriggered: desk.pressKey()
+    onTriggered: asks ? desk.pressKey() : desk.pressPanelKey()
 }

@@ -54,6 +54,17 @@ namespace {
             line(paths.stroked, {{4.5, 5.5}, {8, 2}, {11.5, 5.5}});
             line(paths.stroked, {{4.5, 10.5}, {8, 14}, {11.5, 10.5}});
             break;
+        case Symbol::Speaker: {
+            line(paths.filled, {{1.6, 6}, {4.2, 6}, {7.6, 2.8}, {7.6, 13.2}, {4.2, 10}, {1.6, 10}, {1.6, 6}});
+            // From the mouth outwards.
+            for (const double reach : {3.2, 6.2}) {
+                const QRectF circle(7.4 - reach, 8 - reach, 2 * reach, 2 * reach);
+                paths.stroked.arcMoveTo(circle, -45);
+                paths.stroked.arcTo(circle, -45, 90);
+            }
+            paths.width = 1.4;
+            break;
+        }
         case Symbol::More:
             for (const double x : {3.0, 8.0, 13.0}) {
                 paths.filled.addEllipse(QPointF(x, 8), 1.4, 1.4);

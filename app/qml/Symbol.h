@@ -23,6 +23,7 @@ public:
         Play,
         Pause,
         UpDown,
+        Speaker,
         More,
         Share,
         Check,

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/qml/TakeRows.h"
 
+#include "app/model/ClockWords.h"
+
 #include <QDir>
 #include <QFileInfo>
 
@@ -78,7 +80,7 @@ QVariant TakeRows::data(const QModelIndex& index, int role) const
         // Seconds, which some locales want even here, tell nobody anything.
         return locale.toString(created.time(), locale.timeFormat(QLocale::ShortFormat).remove(QStringLiteral(":ss")));
     case Length:
-        return length(take.seconds);
+        return ClockWords::time(take.seconds, ClockWords::Form::full);
     case Kind:
         return kindOf(take);
     default:
@@ -89,15 +91,6 @@ QVariant TakeRows::data(const QModelIndex& index, int role) const
 QHash<int, QByteArray> TakeRows::roleNames() const
 {
     return {{Day, "day"}, {Time, "time"}, {Length, "length"}, {Kind, "kind"}};
-}
-
-QString TakeRows::length(double seconds)
-{
-    const auto whole = std::int64_t(std::max(0.0, seconds));
-    return QStringLiteral("%1:%2:%3")
-        .arg(whole / 3600)
-        .arg(whole / 60 % 60, 2, 10, QLatin1Char('0'))
-        .arg(whole % 60, 2, 10, QLatin1Char('0'));
 }
 
 QString TakeRows::size(std::int64_t bytes, const QLocale& locale)

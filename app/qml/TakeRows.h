@@ -39,7 +39,6 @@ public:
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
-    [[nodiscard]] static QString length(double seconds);
     [[nodiscard]] static QString size(std::int64_t bytes, const QLocale& locale);
 
 Q_SIGNALS:

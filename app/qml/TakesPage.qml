@@ -9,6 +9,9 @@ Item {
     required property Desk desk
     required property TakeRows takes
 
+    /// The list of outputs is wanted, hanging from that item.
+    signal outputsWanted(Item from)
+
     ListView {
         id: list
 
@@ -101,11 +104,27 @@ Item {
             y: 12
         }
 
+        PlaybackBar {
+            id: playback
+
+            anchors.left: key.right
+            anchors.leftMargin: Theme.margin
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.margin
+            desk: page.desk
+            endless: true
+            height: 32
+            visible: page.desk.phase === Desk.Playing
+            y: 15
+            onOutputsWanted: from => page.outputsWanted(from)
+        }
+
         Column {
             anchors.left: key.right
             anchors.leftMargin: Theme.margin
             anchors.right: last.left
             anchors.rightMargin: Theme.margin
+            visible: !playback.visible
             y: 11
 
             Words {
@@ -132,6 +151,7 @@ Item {
             anchors.rightMargin: Theme.margin
             desk: page.desk
             height: 32
+            visible: !playback.visible
             y: 15
         }
     }

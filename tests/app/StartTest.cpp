@@ -42,6 +42,8 @@ TEST(StartArguments, AFlagWithoutItsFolderAndWordsOfTheDesktopAreAPlainStart)
         EXPECT_EQ(arguments->task, task) << qPrintable(words.join(u' '));
         EXPECT_EQ(arguments->folder, folder) << qPrintable(words.join(u' '));
     }
+    EXPECT_EQ(StartArguments::read({u"--session"_s, u"vantiro://stop"_s, u"17"_s, u"Vantiro:x"_s})->links,
+        (QStringList{u"vantiro://stop"_s, u"Vantiro:x"_s}));
     EXPECT_FALSE(StartArguments::read({u"--gallery"_s, u"--grb"_s, u"x.png"_s}));
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A graph of its own with gear that plays a made set, for scripts that look at the window.
+// A graph of its own with gear that plays a made set, and "speakers" for what players play, for scripts that look at
+// the window. Streams of other programs find ports once it is ready.
 //
 //     vantiro_gear FOLDER
 //
@@ -15,6 +16,7 @@
 #include "platform/rig/MadeSet.h"
 #include "platform/rig/PrivateGraph.h"
 #include "platform/rig/VirtualDevice.h"
+#include "tests/graph/StreamLinks.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
@@ -95,11 +97,18 @@ int main(int argc, char* argv[])
     if (argc != 2) {
         return 2;
     }
-    const auto graph = PrivateGraph::start(QString::fromLocal8Bit(argv[1]), {.quantum = quantum});
+    const auto graph = PrivateGraph::start(QString::fromLocal8Bit(argv[1]),
+        {.quantum = quantum, .sinks = {{.name = u"speakers"_s, .description = u"Booth Monitors"_s}}});
     if (!graph) {
         QTextStream(stderr) << errorText(graph.error()) << '\n';
         return 1;
     }
+    (*graph)->applyEnvironment();
+    if (const auto given = PrivateGraph::givePortsToStreams(); !given) {
+        QTextStream(stderr) << errorText(given.error()) << '\n';
+        return 1;
+    }
+    const test::StreamLinks links({u"vantiro-player"_s, u"pw-cat"_s}, u"speakers"_s);
     QTextStream out(stdout);
     for (const auto& [name, value] : (*graph)->environment()) {
         out << name << '=' << value << '\n';

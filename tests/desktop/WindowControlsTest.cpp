@@ -177,7 +177,8 @@ TEST_F(WindowControlsTest, TheStillPicturesShowWhatTheWindowShows)
 {
     const QString folder = m_sandbox.path(u"stills"_s);
     Program stills(QStringLiteral(VANTIRO_APP), {u"--snapshot"_s, folder});
-    EXPECT_EQ(stills.wait().status, 0);
+    // They take much of a machine's time.
+    EXPECT_EQ(stills.wait(60s).status, 0);
     m_sandbox.setVariable("QT_SCALE_FACTOR", "2");
     constexpr double mostDifference = 0.001;
     const auto expectAlike = [&](const QString& name, const QString& element) {

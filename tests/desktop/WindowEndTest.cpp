@@ -102,6 +102,7 @@ TEST_F(WindowEndTest, ClosingHidesTheWindowWhileItsItemIsInATray)
     expectGoesOn(take);
     EXPECT_TRUE(app().isRunning());
     tray.signal(SIGUSR1);
+    press(u"Open Vantiro"_s);
     waitForWindow();
     sees(u"push button 'Stop recording'"_s);
 

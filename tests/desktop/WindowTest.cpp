@@ -144,15 +144,20 @@ void WindowTest::key(const QStringList& keys)
     ask(u"key"_s, QJsonArray::fromStringList(keys));
 }
 
-QRect WindowTest::waitForWindow()
+void WindowTest::click(const QPoint& place)
 {
-    const QJsonArray place = ask(u"shows_window"_s).toArray();
+    ask(u"click"_s, {place.x(), place.y()});
+}
+
+QRect WindowTest::waitForWindow(const QString& title)
+{
+    const QJsonArray place = ask(u"shows_window"_s, {title}).toArray();
     return {place[0].toInt(), place[1].toInt(), place[2].toInt(), place[3].toInt()};
 }
 
-void WindowTest::waitForNoWindow()
+void WindowTest::waitForNoWindow(const QString& title)
 {
-    ask(u"hides_window"_s);
+    ask(u"hides_window"_s, {title});
 }
 
 QImage WindowTest::screenshot()

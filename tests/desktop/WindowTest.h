@@ -47,9 +47,11 @@ protected:
     void press(const QString& name, int number = 0);
     /// Strikes keys or chords such as ctrl+r, one after the other.
     void key(const QStringList& keys);
-    /// Waits until the window stands on the screen with something drawn in it; where.
-    QRect waitForWindow();
-    void waitForNoWindow();
+    /// Presses a mouse button at that place of the screen.
+    void click(const QPoint& place);
+    /// Waits until the window with that title stands on the screen with something drawn in it; where.
+    QRect waitForWindow(const QString& title = QStringLiteral("Vantiro"));
+    void waitForNoWindow(const QString& title = QStringLiteral("Vantiro"));
     /// The window as it stands on the screen.
     [[nodiscard]] QImage screenshot();
 

@@ -85,6 +85,15 @@ class Stage:
         if self.gear.stdout.readline().strip() != "done":
             raise RuntimeError(f"the gear does not {words[0]}")
 
+    def start_tray(self):
+        """A tray that takes the application's item. Whoever has it presses the item by SIGUSR1."""
+        log = self.folder / "tray.log"
+        log.touch()
+        tray = screen.start([pathlib.Path(__file__).parent / "made-tray", log])
+        self.programs.append(tray)
+        screen.wait(lambda: "menu" in log.read_text(), "the item does not come to the tray")
+        return tray
+
     def settings(self, **values):
         """As if the user had set them in an earlier run; without any, as before the first."""
         file = self.home / ".config/Vantiro/settings.json"
@@ -119,6 +128,10 @@ class Stage:
             return state
         except (OSError, ValueError):
             return None
+
+    def last_take(self):
+        """The final record of the take that ended last."""
+        return json.loads((self.home / ".local/share/Vantiro/last-take.json").read_text())
 
     def takes(self, seconds=0, limit=30):
         """Waits until a take runs that is so long."""

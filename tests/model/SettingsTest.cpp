@@ -49,7 +49,8 @@ namespace {
             {u"revealAfterTake"_s, settings.revealAfterTake()}, {u"confirmStop"_s, settings.confirmStop()},
             {u"hotkeyEnabled"_s, settings.hotkeyEnabled()}, {u"showsMenuBarItem"_s, settings.showsMenuBarItem()},
             {u"deckMotion"_s, settings.deckMotion()}, {u"checksForUpdates"_s, settings.checksForUpdates()},
-            {u"allowsURLControl"_s, settings.allowsURLControl()}, {u"firstChannel"_s, channels}};
+            {u"allowsURLControl"_s, settings.allowsURLControl()}, {u"firstChannel"_s, channels},
+            {u"playbackOutput"_s, settings.playbackOutput()}, {u"playbackOutputName"_s, settings.playbackOutputName()}};
     }
 
     /// Everything unlike its default.
@@ -57,7 +58,8 @@ namespace {
         "mixcloudPrivate": false, "mixcloudPages": {"a.caf": "https://example.org/a"}, "takesFolder": "/disk/takes",
         "isAdvanced": true, "didSetup": true, "autoPick": false, "revealAfterTake": true, "confirmStop": true,
         "hotkeyEnabled": false, "showsMenuBarItem": false, "deckMotion": false, "checksForUpdates": false,
-        "allowsURLControl": true, "firstChannel": {"mixer": 3}})";
+        "allowsURLControl": true, "firstChannel": {"mixer": 3},
+        "playbackOutput": "amp", "playbackOutputName": "Amp"})";
 
     void changeAll(AppSettings& settings)
     {
@@ -79,6 +81,7 @@ namespace {
         settings.setChecksForUpdates(false);
         settings.setAllowsURLControl(true);
         settings.setFirstChannel({{u"mixer"_s, 3}});
+        settings.setPlaybackOutput(u"amp"_s, u"Amp"_s);
     }
 
 }  // namespace
@@ -88,7 +91,8 @@ TEST_F(SettingsTest, ReadTheirDefaultsWhereNothingOrSomethingOfAnotherTypeIsStor
     QJsonObject defaults = parsed(R"({"format": "caf", "takeCopy": "aac", "addToMusic": true, "djName": "",
         "mixcloudPrivate": true, "mixcloudPages": {}, "isAdvanced": false, "didSetup": false, "autoPick": true,
         "revealAfterTake": false, "confirmStop": false, "hotkeyEnabled": true, "showsMenuBarItem": true,
-        "deckMotion": true, "checksForUpdates": true, "allowsURLControl": false, "firstChannel": {}})");
+        "deckMotion": true, "checksForUpdates": true, "allowsURLControl": false, "firstChannel": {},
+        "playbackOutput": "", "playbackOutputName": ""})");
     defaults.insert(u"takesFolder"_s, m_sandbox.home() + u"/Music/Vantiro"_s);
     struct Case {
         const char* stored;

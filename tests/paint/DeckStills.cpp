@@ -2,8 +2,8 @@
 // Paints the deck in the states that its look was designed in, to be laid beside the designs:
 // vantiro_deck_stills FOLDER [RATIO]
 
+#include "app/model/ClockWords.h"
 #include "app/paint/DeckPainter.h"
-#include "app/paint/DeckWords.h"
 
 #include <QDir>
 #include <QGuiApplication>
@@ -87,7 +87,7 @@ bool paint(const Still& still, const QString& folder, double ratio)
             .ratio = ratio,
             .readout = {.state = still.state,
                 .levels = still.levels,
-                .clock = DeckWords::clock(still.seconds),
+                .clock = ClockWords::time(still.seconds, ClockWords::Form::deck),
                 .isHovered = still.isHovered},
             .history = still.history,
             .takeNumber = 8,

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/paint/DeckWords.h"
 
-#include <QTimeZone>
-
 #include <gtest/gtest.h>
-
-#include <limits>
 
 namespace vantiro {
 
@@ -15,23 +11,6 @@ namespace {
     using Kind = DeckState::Kind;
 
 }  // namespace
-
-TEST(DeckWords, ClockCountsHoursOnlyOnceThereAreSome)
-{
-    struct Case {
-        double seconds;
-        QString text;
-    };
-    for (const auto& test : {Case{-3, u"00:00"_s}, Case{0, u"00:00"_s}, Case{59.99, u"00:59"_s},
-             Case{3599.9, u"59:59"_s}, Case{3600, u"1:00:00"_s}, Case{36'754, u"10:12:34"_s},
-             Case{std::numeric_limits<double>::quiet_NaN(), u"00:00"_s}}) {
-        EXPECT_EQ(DeckWords::clock(test.seconds), test.text) << test.seconds;
-    }
-    const QDateTime now(QDate(2026, 5, 1), QTime(3, 0), Qt::UTC);
-    EXPECT_EQ(DeckWords::clock({.kind = Kind::recording, .since = now.addSecs(-3767)}, now), u"1:02:47"_s);
-    EXPECT_EQ(DeckWords::clock({.kind = Kind::playing, .position = 61.5}, now), u"01:01"_s);
-    EXPECT_EQ(DeckWords::clock({.kind = Kind::ready}, now), u"00:00"_s);
-}
 
 TEST(DeckWords, CaptionGivesWayToWhatAPressWouldDo)
 {

@@ -49,11 +49,13 @@ public Q_SLOTS:
         installQmlModule(*engine);
         engine->rootContext()->setContextProperty(QStringLiteral("reader"), &m_reader);
         engine->rootContext()->setContextProperty(QStringLiteral("stage"), &m_stage);
+        engine->rootContext()->setContextProperty(QStringLiteral("player"), &m_player);
     }
 
 private:
     ScreenReader m_reader;
     test::Stage m_stage;
+    test::Stage m_player{AppModel::Kind::live};
 };
 
 }  // namespace vantiro

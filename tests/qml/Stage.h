@@ -6,8 +6,11 @@
 #include "app/model/ModelFlows.h"
 #include "tests/support/FakeAudio.h"
 #include "tests/support/FakeScheduler.h"
+#include "tests/support/Sandbox.h"
+#include "tests/takes/PcmBytes.h"
 
 #include <QObject>
+#include <QTemporaryDir>
 
 #include <memory>
 
@@ -19,8 +22,8 @@ class Stage : public QObject {
     Q_PROPERTY(vantiro::Desk* desk READ desk CONSTANT)
 
 public:
-    Stage()
-        : m_model(std::make_unique<SettingsStore>(), {}, {}, AppModel::Kind::sample)
+    explicit Stage(AppModel::Kind kind = AppModel::Kind::sample)
+        : m_model(std::make_unique<SettingsStore>(), {}, {}, kind)
         , m_flows(m_model, services())
         , m_departure(m_model, services(), [] { })
         , m_desk(m_model, m_flows, m_departure, {})
@@ -37,6 +40,16 @@ public:
         RecorderState take;
         take.path = QStringLiteral("/takes/mix.caf");
         m_model.setRecorder(take);
+    }
+    /// A take of 100 seconds is on the deck of a model that is no picture.
+    Q_INVOKABLE void play()
+    {
+        const PcmLayout layout{
+            .sample = PcmLayout::Sample::int16, .order = std::endian::little, .sampleRate = 1000, .channels = 1};
+        const QString path = m_folder.filePath(QStringLiteral("take.caf"));
+        Sandbox::writeFile(path, cafFile(layout, QByteArray(200'000, 1)));
+        m_flows.playback().play({.path = path, .created = QDateTime::currentDateTimeUtc()});
+        m_scheduler.settle();
     }
     /// As before anything was done.
     Q_INVOKABLE void reset()
@@ -61,6 +74,7 @@ private:
                 .stop = {}}};
     }
 
+    QTemporaryDir m_folder;
     FakeAudio m_audio;
     FakeScheduler m_scheduler;
     AppModel m_model;

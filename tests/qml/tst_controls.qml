@@ -29,6 +29,7 @@ Item {
     SignalSpy { id: steps; signalName: "stepped"; target: stepper }
     SignalSpy { id: choices; signalName: "chosen"; target: menu }
     SignalSpy { id: letters; signalName: "chosen"; target: popup }
+    SignalSpy { id: seeks; signalName: "seek"; target: scrubber }
     SignalSpy { id: words; signalName: "committed"; target: field }
 
     TestCase {
@@ -154,6 +155,21 @@ Item {
             data.seek();
             fuzzyCompare(ground.place, data.place, 0.001);
             compare(reader.value(scrubber), 50);
+        }
+
+        function test_a_dragged_scrubber_follows_the_hand_at_once_and_asks_ten_times_a_second() {
+            seeks.clear();
+            const begun = Date.now();
+            mousePress(scrubber, 20, 14);
+            for (let x = 21; x <= 60; ++x)
+                mouseMove(scrubber, x, 14);
+            compare(scrubber.place, 0.3);
+            verify(seeks.count <= 2 + (Date.now() - begun) / 100);
+            tryVerify(() => place === 0.3);
+            mouseMove(scrubber, 120, 14);
+            mouseRelease(scrubber, 120, 14);
+            compare(place, 0.6);
+            compare(scrubber.place, 0.5);
         }
 
         function test_a_menu_passes_over_lines_and_what_is_disabled() {
