@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # The everyday commands, one line each. Every one installs first what is missing on this machine.
-.PHONY: help demo test run check bench format words setup clean
+.PHONY: help demo test run install uninstall check bench format words setup clean
+PREFIX ?= /usr/local
 
 help: ; @sed -n 's/^#: //p' Makefile
 
@@ -12,6 +13,12 @@ test: setup ; cmake --preset dev $(CONFIGURE) && cmake --build --preset dev && c
 
 #: make run     opens the window
 run: setup ; cmake --preset release && cmake --build --preset release --target bin/vantiro-app --target bin/vantiro --target vantiro_media_module && build/release/bin/vantiro-app
+
+#: make install  puts program, tool, desktop entry and icon below PREFIX=/usr/local, where a desktop finds them
+install: setup ; cmake --preset release && cmake --build --preset release --target bin/vantiro-app --target bin/vantiro --target vantiro_media_module && scripts/install "$(PREFIX)"
+
+#: make uninstall  takes them away from there again
+uninstall: ; @scripts/install --remove "$(PREFIX)"
 
 #: make check   formatting, warnings, clang-tidy, sanitizers and the long tests
 check: setup ; scripts/check
