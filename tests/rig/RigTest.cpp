@@ -163,8 +163,8 @@ namespace {
             for (std::size_t channel = 0; channel < buffers.size(); ++channel) {
                 m_samples[channel].insert(m_samples[channel].end(), buffers[channel], buffers[channel] + count);
             }
-            m_cycleCount.fetch_add(1, std::memory_order_release);
             m_frames.fetch_add(count, std::memory_order_release);
+            m_cycleCount.fetch_add(1, std::memory_order_release);
         }
 
         pw_thread_loop* m_loop = nullptr;
@@ -426,8 +426,10 @@ TEST_F(Rig, TheDeviceOutlivesADaemonThatHangsAndNoticesOneThatDies)
     }));
     const std::int64_t caughtUp = listener->frames();
     ASSERT_TRUE(listener->hears(4800));
+    // In this order, since it goes on hearing: every cycle's samples are there.
+    const auto cycles = listener->cycles();
     const auto heard = listener->channel(0);
-    for (const auto& cycle : listener->cycles()) {
+    for (const auto& cycle : cycles) {
         if (cycle.firstSample >= caughtUp) {
             const auto report =
                 RampSignal::check(std::span(heard).subspan(static_cast<std::size_t>(cycle.firstSample), 16), 0);
