@@ -70,11 +70,6 @@ double TakePlayer::duration() const
     return static_cast<double>(m_data->share->frames.load(std::memory_order_relaxed)) / m_data->sampleRate;
 }
 
-int TakePlayer::channels() const
-{
-    return static_cast<int>(m_data->share->queue.channels());
-}
-
 double TakePlayer::currentTime() const
 {
     const PlaybackShare::Orders& orders = m_data->orders;

@@ -28,7 +28,6 @@ public:
     TakePlayer& operator=(const TakePlayer&) = delete;
 
     [[nodiscard]] double duration() const;  ///< Seconds.
-    [[nodiscard]] int channels() const;
     /// Seconds from the beginning: of what was handed out last, or where the latest seek went.
     [[nodiscard]] double currentTime() const;
     /// Goes on at that many seconds, held to the take's length, also while paused.
