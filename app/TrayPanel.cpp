@@ -13,7 +13,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <memory>
 #include <utility>
 
 namespace vantiro {
@@ -72,14 +71,14 @@ QPoint TrayPanel::corner(const QPoint& place, const QSize& size, const QRect& sc
 void TrayPanel::open(const QPoint& place)
 {
     QQmlComponent component(&m_engine, QUrl(u"qrc:/qt/qml/Vantiro/MenuBarPanel.qml"_s));
-    std::unique_ptr<QObject> made(component.createWithInitialProperties({{u"desk"_s, QVariant::fromValue(&m_desk)}}));
-    m_window = qobject_cast<QQuickWindow*>(made.get());
+    QObject* made = component.createWithInitialProperties({{u"desk"_s, QVariant::fromValue(&m_desk)}});
+    m_window = qobject_cast<QQuickWindow*>(made);
     if (m_window == nullptr) {
+        delete made;
         logLine(u"The panel could not be made."_s);
         m_desk.openWindow();
         return;
     }
-    static_cast<void>(made.release());
     m_place = place;
     m_window->installEventFilter(this);
     connect(m_window, &QWindow::heightChanged, this, &TrayPanel::stand);

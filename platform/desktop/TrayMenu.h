@@ -6,8 +6,7 @@
 #include <cstdint>
 #include <span>
 
-struct sd_bus;
-struct sd_bus_vtable;
+#include <systemd/sd-bus.h>
 
 /// The menu of an item in the tray, as the hosts of trays read it: a root with one level of entries.
 namespace vantiro::TrayMenu {
