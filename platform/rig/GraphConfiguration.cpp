@@ -24,8 +24,10 @@ context.modules = [
     { name = libpipewire-module-access }
     { name = libpipewire-module-adapter }
     { name = libpipewire-module-link-factory }
-]
 )";
+
+    // No process's niceness is touched: 20 is none.
+    constexpr auto realTimeModule = "    { name = libpipewire-module-rt args = { nice.level = 20 } }\n";
 
     QStringList positions(int channels)
     {
@@ -73,7 +75,7 @@ context.modules = [
 
 }  // namespace
 
-QByteArray text(const PrivateGraphOptions& options)
+QByteArray text(const PrivateGraphOptions& options, bool hasRealTime)
 {
     QByteArray result = "context.properties = {\n"
                         "    core.daemon = true\n"
@@ -91,7 +93,10 @@ QByteArray text(const PrivateGraphOptions& options)
     result += "    default.clock.max-quantum = " + QByteArray::number(options.maxQuantum) + '\n';
     result += "}\n";
     result += modules;
-    result += "\ncontext.objects = [\n"
+    if (hasRealTime) {
+        result += realTimeModule;
+    }
+    result += "]\n\ncontext.objects = [\n"
               "    { factory = metadata args = { metadata.name = default } }\n"
               "    { factory = spa-node-factory args = { factory.name = support.node.driver node.name = Dummy-Driver\n"
               "        node.group = pipewire.dummy priority.driver = 20000 } }\n";

@@ -14,7 +14,8 @@ inline const QString fileName = QStringLiteral("vantiro-rig.conf");
 /// The socket's name in the daemon's folder, as PIPEWIRE_REMOTE takes it.
 inline const QString socketName = QStringLiteral("pipewire-0");
 
-/// The configuration file. Any thread.
-[[nodiscard]] QByteArray text(const PrivateGraphOptions& options);
+/// The configuration file. Where real-time scheduling is not granted, asking for it would lead to the user's buses. Any
+/// thread.
+[[nodiscard]] QByteArray text(const PrivateGraphOptions& options, bool hasRealTime);
 
 }  // namespace vantiro::GraphConfiguration

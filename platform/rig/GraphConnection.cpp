@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/rig/GraphConnection.h"
 
+#include "platform/rig/RealTime.h"
+
 #include <QFile>
 
 #include <pipewire/impl.h>
@@ -100,6 +102,9 @@ Result<void> GraphConnection::connect(const QString& socketPath, const Propertie
     const Result<int> socket = connectedSocket(socketPath);
     if (!socket) {
         return std::unexpected(socket.error());
+    }
+    if (spa_thread* thread = pw_data_loop_get_thread(pw_context_get_data_loop(m_context)); thread != nullptr) {
+        realTime::give(reinterpret_cast<pthread_t>(thread));
     }
     // The call owns the socket, even if it fails.
     m_core = pw_context_connect_fd(m_context, *socket, makeProperties(clientProperties), 0);

@@ -5,6 +5,7 @@
 #include "core/foundation/Files.h"
 #include "platform/rig/GraphConfiguration.h"
 #include "platform/rig/GraphConnection.h"
+#include "platform/rig/RealTime.h"
 
 #include <QDir>
 #include <QFile>
@@ -150,8 +151,8 @@ struct PrivateGraph::Daemon {
             return std::unexpected(errnoError(QStringLiteral("pipewire"), ENOENT));
         }
         const QString configuration = path(GraphConfiguration::fileName);
-        if (auto written = files::replace(configuration, GraphConfiguration::text(options), files::Durability::passing);
-            !written) {
+        const QByteArray text = GraphConfiguration::text(options, realTime::isGranted());
+        if (auto written = files::replace(configuration, text, files::Durability::passing); !written) {
             return written;
         }
         Launch what{.program = QFile::encodeName(program),
