@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // vantiro_bench_playback SECONDS: measures a player beside pw-cat with the same file at the same time, and the memory
 // of a simulated hour, and prints what it found as JSON. With --play FILE it is the player that is measured.
+#include "app/model/Desk.h"
 #include "bench/BenchRig.h"
 #include "bench/MadeTakes.h"
 #include "bench/MeasuredProcess.h"
 #include "core/playback/TakePlayer.h"
+#include "platform/DesktopPlatform.h"
 #include "platform/pipewire/PipeWireAudio.h"
 #include "tests/support/FakeAudio.h"
+#include "tests/support/FakeScheduler.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
@@ -98,34 +101,48 @@ namespace {
         return found;
     }
 
-    /// Bytes by which the memory grew from the first minute to the last.
+    /// Bytes by which the allocations of the model that plays grew from the second minute to the last, with a desk that
+    /// words it, on a clock that the benchmark moves.
     Result<double> simulateHour(const BenchRig& rig)
     {
-        const QString path = rig.path(u"hour.wav"_s);
-        if (const auto made = madeTakes::writeSparse(path, simulatedMinutes * 60); !made) {
+        constexpr std::int64_t framesPerTick = 1600;
+        const Take take{.path = rig.path(u"hour.wav"_s),
+            .created = QDateTime::currentDateTimeUtc(),
+            .seconds = static_cast<double>(simulatedMinutes * 60)};
+        if (const auto made = madeTakes::writeSparse(take.path, simulatedMinutes * 60); !made) {
             return std::unexpected(made.error());
         }
         // The reading thread's memory is counted too.
         ::mallopt(M_ARENA_MAX, 1);
         test::FakeAudio audio;
-        const auto player = TakePlayer::open(path, audio, {});
-        if (!player) {
-            return std::unexpected(player.error());
-        }
-        (*player)->play();
-        std::size_t before = 0;
-        constexpr int cycle = 1024;
-        while (!(*player)->hasEnded()) {
-            const double position = (*player)->currentTime();
-            audio.output()->pump(cycle);
-            if ((*player)->currentTime() == position) {
+        test::FakeScheduler scheduler;
+        AppModel model(std::make_unique<SettingsStore>(), {}, {});
+        const ModelServices services{
+            .audio = audio, .permission = makeDesktopPlatform().permission, .scheduler = scheduler};
+        ModelFlows flows(model, services);
+        Departure departure(model, services, [] { });
+        const Desk desk(model, flows, departure, Desk::Doors{});
+        flows.start();
+        flows.playback().play(take);
+        scheduler.settle();
+        std::optional<std::size_t> before;
+        double position = 0;
+        while (model.playing()) {
+            audio.output()->pump(framesPerTick);
+            scheduler.advance(MeterBallistics::period);
+            scheduler.settle();
+            if (const double last = std::exchange(position, model.playbackPosition()); position == last) {
+                // The thread that reads ahead is not there yet.
                 std::this_thread::sleep_for(1ms);
             }
-            if (before == 0 && position > 60) {
+            if (!before && position > 60) {
                 before = ::mallinfo2().uordblks;
             }
         }
-        return static_cast<double>(::mallinfo2().uordblks) - static_cast<double>(before);
+        if (!before || model.errorMessage()) {
+            return captureFailure(model.errorMessage().value_or(u"the hour was not played"_s));
+        }
+        return static_cast<double>(::mallinfo2().uordblks) - static_cast<double>(*before);
     }
 
     Result<QJsonObject> measure(std::chrono::seconds span)
