@@ -9,7 +9,7 @@ help: ; @sed -n 's/^#: //p' Makefile
 demo: setup ; cmake --preset release && cmake --build --preset release --target bin/vantiro && build/release/bin/vantiro demo
 
 #: make test    builds for work and runs all tests but the long ones
-test: setup ; cmake --preset dev $(CONFIGURE) && cmake --build --preset dev && ctest --preset dev && ctest --preset dev-graph
+test: setup ; cmake --preset dev $(CONFIGURE) && cmake --build --preset dev && ctest --preset dev && scripts/test-graph dev-graph
 
 #: make run     opens the window
 run: setup ; cmake --preset release && cmake --build --preset release --target bin/vantiro-app --target bin/vantiro --target vantiro_media_module && build/release/bin/vantiro-app

@@ -19,7 +19,7 @@ namespace {
     using namespace std::chrono_literals;
 
     constexpr auto startLimit = 15s;
-    constexpr auto stopLimit = 15s;
+    constexpr auto endLimit = 15s;
     constexpr int lookMilliseconds = 20;
 
 }  // namespace
@@ -62,7 +62,7 @@ void DemoTake::killStarter()
 
 Result<RecorderState> DemoTake::stop()
 {
-    auto last = RecorderClient::stop(stopLimit);
+    auto last = RecorderClient::stop(endLimit);
     if (!last) {
         return std::unexpected(last.error());
     }
