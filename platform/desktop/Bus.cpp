@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/desktop/Bus.h"
 
+#include <chrono>
 #include <cstdint>
 
 #include <systemd/sd-bus.h>
@@ -10,6 +11,7 @@ namespace vantiro {
 namespace {
 
     constexpr std::uint64_t answerMicroseconds = 1'000'000;
+    constexpr std::chrono::milliseconds helloPatience{500};
 
 }  // namespace
 
@@ -28,6 +30,26 @@ Bus openBus(BusKind kind)
     sd_bus* bus = nullptr;
     const int result = kind == BusKind::system ? sd_bus_open_system(&bus) : sd_bus_open_user(&bus);
     return Bus(result < 0 ? nullptr : bus);
+}
+
+bool isStuck(BusKind kind)
+{
+    using Clock = std::chrono::steady_clock;
+    const Bus bus = openBus(kind);
+    const auto patienceEnds = Clock::now() + helloPatience;
+    while (bus != nullptr && sd_bus_is_ready(bus.get()) == 0) {
+        const auto left = std::chrono::duration_cast<std::chrono::microseconds>(patienceEnds - Clock::now());
+        if (left.count() <= 0) {
+            // Nothing waits for what was not sent then.
+            sd_bus_close(bus.get());
+            return true;
+        }
+        const int done = sd_bus_process(bus.get(), nullptr);
+        if (done < 0 || (done == 0 && sd_bus_wait(bus.get(), static_cast<std::uint64_t>(left.count())) < 0)) {
+            return false;
+        }
+    }
+    return false;
 }
 
 BusMessage newCall(const Bus& bus, const BusMethod& method)

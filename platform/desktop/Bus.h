@@ -27,6 +27,9 @@ enum class BusKind {
 /// Nothing if there is no such bus.
 [[nodiscard]] Bus openBus(BusKind kind);
 
+/// There is such a bus, and it takes in nobody within half a second.
+[[nodiscard]] bool isStuck(BusKind kind);
+
 /// A method of an object of a service, to be called.
 struct BusMethod {
     const char* service;

@@ -103,15 +103,19 @@ struct GraphMirrorEvents {
     }
 };
 
-GraphMirror::GraphMirror() : m_loop(newThreadLoop()), m_snapshot(std::make_shared<GraphSnapshot>())
+GraphMirror::GraphMirror(bool asksForRealTime) : m_loop(newThreadLoop()), m_snapshot(std::make_shared<GraphSnapshot>())
 {
     if (m_loop == nullptr) {
         m_settled = true;
         return;
     }
     pw_loop* loop = pw_thread_loop_get_loop(m_loop);
-    // The plain client configuration of older releases gives the audio thread no real-time scheduling.
-    m_context = pw_context_new(loop, pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0);
+    // The plain client configuration of older releases gives the audio thread no real-time scheduling; that of newer
+    // ones looks at the property.
+    pw_properties* properties = asksForRealTime
+        ? pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr)
+        : pw_properties_new(PW_KEY_CONFIG_NAME, "client.conf", "module.rt", "false", nullptr);
+    m_context = pw_context_new(loop, properties, 0);
     m_rebuildEvent = pw_loop_add_event(loop, GraphMirrorEvents::rebuild, this);
     m_lostEvent = pw_loop_add_event(loop, GraphMirrorEvents::lost, this);
     m_reconnectTimer = pw_loop_add_timer(loop, GraphMirrorEvents::reconnect, this);

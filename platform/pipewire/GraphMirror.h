@@ -50,7 +50,9 @@ public:
         Observer() = default;
     };
 
-    GraphMirror();
+    /// PipeWire asks services on the message buses for real-time scheduling where the system does not grant it by
+    /// itself, and waits for those buses without end. `asksForRealTime` is false where that must not happen.
+    explicit GraphMirror(bool asksForRealTime = true);
     ~GraphMirror();
 
     GraphMirror(const GraphMirror&) = delete;

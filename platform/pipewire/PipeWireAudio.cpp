@@ -52,8 +52,8 @@ namespace {
 
 }  // namespace
 
-PipeWireAudio::PipeWireAudio()
-    : m_mirror(std::make_shared<GraphMirror>())
+PipeWireAudio::PipeWireAudio(bool asksForRealTime)
+    : m_mirror(std::make_shared<GraphMirror>(asksForRealTime))
     , m_programs(std::make_shared<ProgramList>())
     , m_taps(std::make_shared<TapRegister>())
 { }

@@ -14,7 +14,8 @@ class TapRegister;
 /// The machine's audio by way of PipeWire.
 class PipeWireAudio final : public AudioPlatform {
 public:
-    PipeWireAudio();
+    /// See GraphMirror.
+    explicit PipeWireAudio(bool asksForRealTime = true);
     ~PipeWireAudio() override;
 
     [[nodiscard]] bool isAvailable() override;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/rig/GraphConnection.h"
 
-#include "platform/rig/RealTime.h"
+#include "core/foundation/RealTime.h"
 
 #include <QFile>
 

@@ -3,9 +3,9 @@
 
 #include "core/foundation/FileDescriptor.h"
 #include "core/foundation/Files.h"
+#include "core/foundation/RealTime.h"
 #include "platform/rig/GraphConfiguration.h"
 #include "platform/rig/GraphConnection.h"
-#include "platform/rig/RealTime.h"
 
 #include <QDir>
 #include <QFile>

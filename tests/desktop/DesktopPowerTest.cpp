@@ -6,6 +6,8 @@
 
 #include <csignal>
 
+#include <linux/capability.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 namespace vantiro::test {
@@ -135,6 +137,8 @@ TEST_F(DesktopPowerTest, ATakeGoesOnWithoutAnybodysConsent)
 
 TEST_F(DesktopPowerTest, ATakeWaitsForNoBus)
 {
+    // Programs of an ordinary user have to ask for real-time scheduling on a bus.
+    ::prctl(PR_CAPBSET_DROP, CAP_SYS_NICE);
     freezeBuses();
     const auto tool = recordDeck();
     ASSERT_TRUE(takeGrows(0.6));

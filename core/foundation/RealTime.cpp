@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "platform/rig/RealTime.h"
+#include "core/foundation/RealTime.h"
 
 #include <thread>
 

@@ -3,8 +3,7 @@
 
 #include <pthread.h>
 
-/// Real-time scheduling as far as the system grants it without asking another service, such as one on a bus. With it
-/// the rig is as punctual as a sound card; without it, it may be late beside a busy neighbour. Any thread.
+/// Real-time scheduling as far as the system grants it without another service's help. Any thread.
 namespace vantiro::realTime {
 
 /// Gives it to a thread of this process; false if it is not granted.
